@@ -1,4 +1,4 @@
-// CoreAudioKVX and CoreAudioListenerKVX, as a host program uses them.
+// Wrappers for tests around objects of the classes CoreAudioKVX and CoreAudioListenerKVX.
 #pragma once
 
 #include "host/runtime/host.h"
@@ -16,7 +16,7 @@
 
 namespace endtoend {
 
-/// A status as its four characters if all are printable, otherwise as a number.
+/// Return a status as four characters if all four are printable, and as a number if not.
 inline std::string statusText(std::int64_t status)
 {
     std::string four;
@@ -26,15 +26,15 @@ inline std::string statusText(std::int64_t status)
     return four;
 }
 
-/// A CoreAudioKVX object. Property values are C++ values.
+/// A CoreAudioKVX object, with functions that pass property values as C++ values.
 class AudioObjects {
 public:
     explicit AudioObjects(host::Host& host) : object(host.create("CoreAudioKVX")) {}
 
-    /// The status of the last call.
+    /// Return the status of the last call.
     std::string status() const { return statusText(object.get("Lasterror").integer()); }
 
-    /// Set a property. Returns the status.
+    /// Set a property and return the status of the call.
     template <class T>
     std::string set(std::int64_t id, const AudioObjectPropertyAddress& at, const T& value) const
     {
@@ -43,7 +43,7 @@ public:
         return status();
     }
 
-    /// Read a property. The test fails on an error or another size.
+    /// Read a property. The test fails if the call fails or the value has not the size of T.
     template <class T>
     T get(std::int64_t id, const AudioObjectPropertyAddress& at) const
     {
@@ -59,18 +59,19 @@ public:
     host::Object object;
 };
 
-/// The address of a property of the whole object.
+/// Return the address of a property of a whole audio object.
 constexpr AudioObjectPropertyAddress overall(AudioObjectPropertySelector selector)
 {
     return {selector, kAudioObjectPropertyScopeGlobal, kAudioObjectPropertyElementMaster};
 }
-/// The address of a property of one output channel or stream.
+/// Return the address of a property of one output channel or output stream of a device.
 constexpr AudioObjectPropertyAddress ofOutput(AudioObjectPropertySelector selector, UInt32 element)
 {
     return {selector, kAudioDevicePropertyScopeOutput, element};
 }
 
-/// A listener object that counts its Changed events. The main queue delivers events, on the main thread only.
+/// A listener object and the number of its Changed events. Events arrive when the main thread drains the main
+/// queue.
 class EventCount {
 public:
     EventCount(host::Host& host, std::int64_t id, const AudioObjectPropertyAddress& at)
@@ -98,8 +99,8 @@ private:
     std::shared_ptr<int> seen_ = std::make_shared<int>(0);
 };
 
-/// Handle the events of all changes made so far: events arrive in order, so the events of a further change
-/// are last.
+/// Handle the events of all earlier changes. Events arrive in order, so the function makes two more changes
+/// and waits for their events.
 inline void runAllEvents(host::Host& host)
 {
     const AudioObjects audio(host);

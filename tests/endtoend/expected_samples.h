@@ -1,4 +1,4 @@
-// Exact comparison of rendered or captured samples; -0 equals +0.
+// Expectations about rendered or captured samples. Samples are compared exactly; -0 equals +0.
 #pragma once
 
 #include "tests/support/sound_samples.h"
@@ -19,7 +19,7 @@ inline void expectSamples(const std::vector<float>& actual, const std::vector<fl
                << *wanted;
 }
 
-/// Expect `expected`, followed by silence only.
+/// Expect that the rendered samples are `expected`, then silence.
 inline void expectThenSilence(const std::vector<float>& actual, std::vector<float> expected)
 {
     ASSERT_GE(actual.size(), expected.size());
@@ -27,7 +27,8 @@ inline void expectThenSilence(const std::vector<float>& actual, std::vector<floa
     expectSamples(actual, expected);
 }
 
-/// Expect two channels: silence, then `expected`, then silence. The first expected frame is not silent.
+/// Expect that a stereo sound is silence, then `expected`, then silence. The first frame of `expected` is not
+/// silent.
 inline void expectAfterSilence(const support::Sound& actual, const std::vector<float>& expected)
 {
     ASSERT_EQ(actual.channels, 2);

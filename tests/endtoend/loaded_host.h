@@ -31,7 +31,7 @@ inline std::vector<KVXLiveCount> livePlatformObjects()
     return counts;
 }
 
-/// The live host values and platform objects, one line per kind; empty when there are none.
+/// Return the live-object counts of the host and the platform, one line per kind; empty without live objects.
 inline std::string liveObjects(const host::Host& host)
 {
     std::string text = host.leaks().text();
@@ -40,14 +40,16 @@ inline std::string liveObjects(const host::Host& host)
     return text;
 }
 
-/// Expect that no object is alive, and that the library used each host service correctly.
+/// Expect that no host value and no platform object is alive, and that the library has misused no host
+/// service.
 inline void expectCleanHost(const host::Host& host)
 {
     EXPECT_EQ(liveObjects(host), "");
     EXPECT_EQ(host.misuses(), std::vector<std::string>());
 }
 
-/// Tests with one loaded host, which is clean when the members of the derived fixture are destroyed.
+/// The base of tests with one host. Its destructor runs after that of the test's members, and expects a clean
+/// host.
 struct LoadedHostTest : testing::Test {
     LoadedHost loaded;
 

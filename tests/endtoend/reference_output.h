@@ -1,4 +1,5 @@
-// The expected output of a device with one interleaved stream, computed by tests/support/reference_player.h.
+// The expected output of a device with one interleaved stream, to which the buffered player plays, computed
+// by tests/support/reference_player.h.
 #pragma once
 
 #include "tests/support/reference_player.h"
@@ -11,7 +12,7 @@ namespace endtoend {
 
 class ReferenceOutput {
 public:
-    /// `channels` is the channel count of the player: 2 for stereo blocks. Rates in Hz.
+    /// `channels` is the channel count of the player: 2 if the queued blocks are stereo. Rates are in hertz.
     ReferenceOutput(int channels, float sampleRate, float deviceRate)
     {
         player_.numberOfChannels = channels;
@@ -25,7 +26,7 @@ public:
     bool isRunning() const { return player_.isRunning; }
     double position() const { return player_.position; }
 
-    /// Render one slice and append it to `played()`.
+    /// Render one slice, and append the slice to the samples that played() returns.
     void play(std::size_t frames, std::size_t deviceChannels)
     {
         reference::Slice slice;
@@ -38,7 +39,7 @@ public:
         std::memcpy(&played_[before], slice.buffers[0].bytes.data(), slice.buffers[0].bytes.size());
     }
 
-    /// Render slices until the player stops by itself; the last slice is silent.
+    /// Render slices until the reference player stops by itself. The last slice is silent.
     const std::vector<float>& playToEnd(std::size_t sliceFrames, std::size_t deviceChannels)
     {
         while (isRunning()) play(sliceFrames, deviceChannels);

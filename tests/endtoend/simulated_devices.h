@@ -1,4 +1,5 @@
-// Simulated devices for tests: stepped (the test runs each I/O cycle) and paced (with its own render thread).
+// Simulated devices for tests: stepped devices, which render only when the test calls step(), and paced
+// devices, which render in real time on a thread of the platform.
 #pragma once
 
 #include <KVXPlatform/KVXPlatform.h>
@@ -9,7 +10,7 @@
 
 namespace endtoend {
 
-/// A stepped device that keeps its output.
+/// A stepped device. The object keeps the output of the device.
 class SteppedDevice {
 public:
     explicit SteppedDevice(double sampleRate = 44100, std::uint32_t channels = 2,
@@ -36,13 +37,15 @@ public:
 
     KVXDeviceID id() const { return id_; }
 
-    /// Run I/O cycles for `frames` frames. Returns the rendered frames: 0 while no I/O procedure runs.
+    /// Run I/O cycles for `frames` frames.
+    /// Returns  the number of rendered frames: 0 while no I/O procedure is started.
     std::uint32_t step(std::uint32_t frames) { return KVXPlatformStep(id_, frames); }
 
-    /// The interleaved samples that were rendered since the device was made or cleared.
+    /// Return the interleaved samples that the device has rendered since its construction or the last
+    /// clearOutput().
     const std::vector<float>& output() const { return output_; }
 
-    /// The samples of one channel of the output.
+    /// Return the samples of one channel of the output.
     std::vector<float> output(std::uint32_t channel) const
     {
         std::vector<float> samples;
@@ -63,7 +66,7 @@ private:
     std::vector<float> output_;
 };
 
-/// Add a paced device with short slices. The caller removes it.
+/// Add a paced device with short slices. The caller removes the device.
 inline KVXDeviceID addPacedDevice()
 {
     KVXSimulatedDevice description = {};

@@ -1,4 +1,4 @@
-// `kvx devices`: the table, JSON, and the device watch.
+// `kvx devices`: the table of devices, JSON output, and the device watch.
 #include "tests/endtoend/command/kvx_runner.h"
 
 #include <nlohmann/json.hpp>
@@ -92,7 +92,7 @@ TEST(KvxDevices, RefusesWrongUsage)
     EXPECT_NE(result.err.find("/no/such.so"), std::string::npos) << result.err;
 }
 
-/// The lines after the table, without their times.
+/// Return the reported changes: the lines after the table, without the time at the start of each line.
 Lines changesIn(const std::string& out)
 {
     Lines changes;
@@ -117,7 +117,7 @@ TEST(KvxDevices, WatchPrintsEachChangeOfTheDemoInOrder)
 
     Lines changes = changesIn(result.out);
     ASSERT_GE(changes.size(), 12u);
-    changes.resize(12); // the next round of the demo may have begun
+    changes.resize(12); // drop changes of the next round of the demo
     const std::string device = "Demo Device 1 (id 6)", former = "Simulated Device (id 2)";
     EXPECT_EQ(
         changes,

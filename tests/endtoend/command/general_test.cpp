@@ -148,7 +148,7 @@ TEST_F(Kvx, SignalStopsPlaybackAndFinishesTheCapture)
         SCOPED_TRACE(fact.signal);
         std::filesystem::remove(folder / "out.wav"); // a capture of the former signal
         support::Child child(kvxCommand({"play", "--capture", "out.wav", "long.wav"}), {}, folder.path());
-        // Wait for one second of captured sound, which is longer than the silence at the start.
+        // Wait until the capture has one second, which is longer than the silence at the start.
         while (child.isRunning() && unfinishedBytes() < 44100 * 2 * sizeof(float))
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         child.send(fact.signal);
@@ -168,7 +168,7 @@ TEST_F(Kvx, SignalStopsPlaybackAndFinishesTheCapture)
     }
 }
 
-// nohup starts a program with hangups ignored.
+// Like nohup, this test starts the program with SIGHUP ignored.
 TEST_F(Kvx, ContinuesAfterAnIgnoredHangup)
 {
     support::writeSound(support::makeNoise(44100, 2, 44100 * 60), folder / "long.wav");
@@ -187,7 +187,7 @@ TEST_F(Kvx, ContinuesAfterAnIgnoredHangup)
     EXPECT_EQ(child.wait().exitCode, 143);
 }
 
-// The signal arrives as soon as the unfinished capture exists.
+// The test sends the signal as soon as the unfinished capture exists.
 TEST_F(Kvx, EarlySignalLeavesNoUnfinishedCapture)
 {
     support::writeSound(support::makeNoise(44100, 2, 44100 * 60), folder / "long.wav");
@@ -212,7 +212,7 @@ TEST_F(Kvx, WritesACaptureToOneTemporaryFile)
     child.wait();
 }
 
-// The terminal prints "^C" after the progress line; the final message starts on the next line.
+// The terminal prints "^C" after the progress line, so the final message must start on the next line.
 TEST_F(Kvx, PrintsStoppedOnTheLineAfterCtrlC)
 {
     support::writeSound(support::makeNoise(44100, 2, 44100 * 60), folder / "long.wav");

@@ -1,5 +1,5 @@
-// The command in a process without threads, memory, standard streams or disk space, or with a load that
-// hangs. A failure prints one line that names its cause, and leaves no unfinished file.
+// The command in a process that lacks threads, memory, standard streams or disk space, or in which a load
+// hangs. The command prints one line that names the cause of the failure, and leaves no unfinished file.
 #include "tests/endtoend/command/kvx_runner.h"
 #include "tests/support/sanitizers.h"
 #include "tests/support/sound_samples.h"
@@ -71,7 +71,7 @@ TEST_F(InjectedFailures, EachMissingThreadFailsOrIsReplaced)
     }
 }
 
-// Without its background thread, a load runs on the main thread.
+// If the background thread cannot start, a load runs on the main thread.
 TEST_F(InjectedFailures, OneMissingThreadLosesNoSound)
 {
     if (support::hasAddressSanitizer || support::hasThreadSanitizer)

@@ -25,7 +25,7 @@ inline Arguments joined(Arguments arguments, const Arguments& more)
     return arguments;
 }
 
-/// The path of kvx, followed by its arguments.
+/// Return a command line: the path of kvx, then `arguments`.
 inline Arguments kvxCommand(const Arguments& arguments) { return joined({kvxPath}, arguments); }
 
 inline support::ChildResult runKvx(const Arguments& arguments, const std::string& folder = "")
@@ -33,7 +33,7 @@ inline support::ChildResult runKvx(const Arguments& arguments, const std::string
     return support::runChild(kvxCommand(arguments), {}, folder);
 }
 
-/// The lines of a text. The last line may lack its newline.
+/// Return the lines of a text. The last line may lack the newline.
 inline std::size_t lineCount(const std::string& text)
 {
     const auto ended = std::size_t(std::count(text.begin(), text.end(), '\n'));
@@ -46,13 +46,13 @@ inline std::string bytesOf(const std::string& path)
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
-/// Tests that run kvx in their own folder.
+/// The base of tests that run kvx in a temporary folder.
 struct KvxTest : testing::Test {
     support::TemporaryFolder folder;
 
     support::ChildResult run(const Arguments& arguments) const { return runKvx(arguments, folder.path()); }
 
-    /// The unfinished output files, which kvx renames when they are complete.
+    /// Return the unfinished output files, which kvx renames when they are complete.
     std::vector<std::filesystem::path> unfinishedFiles() const
     {
         std::vector<std::filesystem::path> paths;
@@ -61,7 +61,7 @@ struct KvxTest : testing::Test {
         return paths;
     }
 
-    /// The size of the largest unfinished output file, or 0.
+    /// Return the size of the largest unfinished output file, or 0 without such a file.
     std::uintmax_t unfinishedBytes() const
     {
         std::uintmax_t largest = 0;

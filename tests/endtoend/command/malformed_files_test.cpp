@@ -1,4 +1,4 @@
-// Files with absurd headers: every command refuses them with the same message, and overruns no memory.
+// Sound files with absurd headers: every command refuses them with the same message, and overruns no memory.
 #include "tests/endtoend/command/kvx_runner.h"
 #include "tests/support/sanitizers.h"
 #include "tests/support/sound_samples.h"
@@ -46,7 +46,7 @@ TEST_F(MalformedFiles, AtTheLimitsOfRateAndChannelsPlay)
     for (const auto& fact : facts)
         for (const auto& command : commands) {
             if (command.front() == "soundstream" && fact.rate != 44100)
-                continue; // the only rate that soundstream plays
+                continue; // the only rate that `kvx soundstream` plays
             SCOPED_TRACE(testing::PrintToString(command) + " " + std::to_string(fact.rate) + " Hz, " +
                          std::to_string(fact.channels) + " channels");
             std::ofstream(folder / "a.wav", std::ios::binary)

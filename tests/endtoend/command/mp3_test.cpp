@@ -14,7 +14,7 @@ using support::Sound;
 
 constexpr std::size_t framesPerMpegFrame = 1152;
 
-/// The size of the MPEG-1 layer 3 frame at offset `at`, in bytes. The sample rate must be 44100 Hz.
+/// Return the size of the MPEG-1 layer 3 frame at offset `at`, in bytes. The sample rate must be 44100 Hz.
 std::size_t frameBytes(const std::string& bytes, std::size_t at)
 {
     constexpr int kilobits[] = {0, 32, 40, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320};
@@ -22,7 +22,7 @@ std::size_t frameBytes(const std::string& bytes, std::size_t at)
     return std::size_t(144000 * kilobits[third >> 4] / 44100 + (third >> 1 & 1));
 }
 
-/// An MP3 stream with a variable bit rate, without the Xing frame that states the length.
+/// Return an MP3 stream with a variable bit rate, without the Xing frame that states the length.
 std::string streamWithoutLength(const std::string& path, std::size_t& mpegFrames)
 {
     Sound sound = support::makeNoise(44100, 2, 44100 * 4);

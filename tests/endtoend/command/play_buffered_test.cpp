@@ -1,5 +1,5 @@
-// `kvx play --buffered`: the captured sound equals the file at the device rate, and the reference player at
-// others.
+// `kvx play --buffered`: the captured sound equals the file if both have the device rate, and the output of
+// the reference player at other rates.
 #include "tests/endtoend/command/kvx_runner.h"
 #include "tests/endtoend/expected_samples.h"
 #include "tests/endtoend/reference_output.h"
@@ -37,7 +37,7 @@ struct PlayBuffered : KvxTest {
     }
 };
 
-/// The samples of a stereo device that plays the sound: mono plays on both channels.
+/// Return the output of a stereo device that plays the sound. A mono sound plays on both channels.
 std::vector<float> onTwoChannels(const Sound& sound)
 {
     if (sound.channels == 2) return sound.samples;

@@ -23,13 +23,14 @@ struct Play : KvxTest {
         support::writeSound(sound, folder / name);
         return folder / name;
     }
-    /// Two minutes of noise. No test plays the file to its end.
+    /// Write a file of two minutes of noise, which no test plays to its end.
     std::string writeLong() { return write(support::makeNoise(44100, 2, 44100 * 120)); }
 
     support::ChildResult play(const Arguments& more) { return run(joined({"play"}, more)); }
 };
 
-/// The samples of a device with `channels` channels that plays the sound: a mono sound plays on all of them.
+/// Return the output of a device with `channels` channels that plays the sound. A mono sound plays on all
+/// channels.
 std::vector<float> inChannels(const Sound& sound, int channels)
 {
     std::vector<float> samples;
@@ -40,7 +41,8 @@ std::vector<float> inChannels(const Sound& sound, int channels)
     return samples;
 }
 
-/// A valid sound file with more frames than the library loads. The file is sparse, so it needs no disk space.
+/// Write a valid sound file with more frames than the library loads. The file is sparse, so it needs no disk
+/// space.
 void writeTooLong(const std::string& path)
 {
     constexpr std::uint32_t header = 44, frames = 1500u << 20;
@@ -93,7 +95,7 @@ TEST_F(Play, PlaysSeveralFilesInOrder)
         << result.out;
 }
 
-// No file ends at the end of a slice, and the second file is shorter than a slice.
+// No file of the playlist ends at the end of a slice, and the second file is shorter than a slice.
 TEST_F(Play, PlaysSeveralFilesWithoutGaps)
 {
     const Sound sounds[] = {support::makeNoise(44100, 2, 20011, 1), support::makeNoise(44100, 2, 101, 2),
@@ -269,9 +271,9 @@ TEST_F(Play, KeysControlPlayback)
         {"\x1b[B\x1b[B", "volume 90 %"},
         {"[", "loop 1:00."},
         {"\x1b[C", "  1:05."},
-        {"]", " off"}, // both points are set, but the loop is off
+        {"]", " off"}, // both loop points are set, but the loop is off
         {"l", "loop 1:00"},
-        {" ", "  1:00."}, // the position jumps to the start of the loop when playback continues
+        {" ", "  1:00."}, // the position jumps to the loop start when playback continues
     };
     for (const auto& fact : facts) {
         child.type(fact.keys);

@@ -8,7 +8,7 @@ using namespace endtoend;
 const std::string stereo =
     "format='lpcm',flags=0x9,bytes/packet=8,frames/packet=1,bytes/frame=8,channels=2,bits=32\n";
 
-/// A command that succeeds, and its output.
+/// Arguments of a command that succeeds, and the output of the command.
 struct Fact {
     Arguments arguments;
     std::string out;
@@ -122,7 +122,7 @@ TEST(KvxSet, WritesAndPrintsTheNewValue)
                              {{"0", "volm", "0.5", "--scope", "output", "--element", "1"}, "0.5\n"},
                              {{"0", "vold", "-32", "--element", "2"}, "-32\n"},
                              {{"0", "vold", "-0.1", "--element", "2"},
-                              "-0.099998474\n"}, // the device stores a factor, not decibels
+                              "-0.099998474\n"}, // the device stores the volume as a factor
                              {{"0", "mute", "on"}, "yes\n"},
                              {{"0", "sfmt", "rate=96000,channels=2"}, "rate=96000," + stereo},
                              {{"stream:3", "pft ", "rate=8000"}, "rate=8000," + stereo},
@@ -153,13 +153,14 @@ TEST(KvxSet, FailsWhenTheDeviceTakesAnotherValue)
     EXPECT_EQ(runKvx({"set", "0", "oink", "-1"}).exitCode, 0) << "hog mode ignores the written value";
 }
 
-/// A command that fails, and a part of its message.
+/// Arguments of a command that fails, and a part of the message of the command.
 struct Refusal {
     Arguments arguments;
     const char* message;
 };
 
-/// Expect one line on stderr and nothing on stdout. A wrong command line also prints a line with advice.
+/// Expect nothing on stdout and one line on stderr. For a wrong command line, expect a second line with
+/// advice.
 void expectRefusals(const std::vector<Refusal>& refusals, int exitCode)
 {
     for (const Refusal& refusal : refusals) {

@@ -1,4 +1,4 @@
-// A command in a pseudo-terminal: the test reads its output, types keys, and sends signals.
+// A command in a pseudo-terminal: a test reads the output, types keys, and sends signals.
 #pragma once
 
 #include <csignal>
@@ -53,7 +53,8 @@ public:
         ioctl(terminal_, TIOCSWINSZ, &size);
     }
 
-    /// Read until `text` appears after the text found before. Returns false if the command ends first.
+    /// Read until `text` appears in the output after the text of the last call.
+    /// Returns  false if the command ends first.
     bool waitFor(const std::string& text)
     {
         for (;;) {
@@ -66,17 +67,18 @@ public:
         }
     }
 
-    /// The whole output so far.
+    /// Return all output that the test has read.
     const std::string& shown() const { return shown_; }
 
-    /// Whether the terminal is in its normal mode: line by line, with echo.
+    /// Return whether the terminal is in the normal mode: line by line, with echo.
     bool isLineByLine() const
     {
         termios mode = {};
         return tcgetattr(terminal_, &mode) == 0 && (mode.c_lflag & ICANON) && (mode.c_lflag & ECHO);
     }
 
-    /// Wait for the end. Returns the exit code, or 128 plus the signal number.
+    /// Wait for the end of the command.
+    /// Returns  the exit code, or 128 plus the number of the signal that ended the command.
     int wait()
     {
         while (readMore()) {

@@ -1,4 +1,4 @@
-// `kvx render`: a file through all units of the file player, written to a sound file.
+// `kvx render`: plays a file through all units of the file player into a sound file.
 #include "tests/endtoend/command/kvx_runner.h"
 #include "tests/endtoend/expected_samples.h"
 
@@ -220,7 +220,7 @@ TEST_F(Render, VolumeAndPanScaleSamples)
     }
 }
 
-// `kvx play` renders the same samples on a stereo device.
+// The rendered samples are those that `kvx play` plays on a stereo device.
 TEST_F(Render, PanAndChannelMapTreatMonoAsStereo)
 {
     const Sound sound = support::makeNoise(44100, 1, 44100);

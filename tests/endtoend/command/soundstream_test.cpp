@@ -1,4 +1,4 @@
-// `kvx soundstream`: captured sound, byte orders, messages, keys and signals.
+// `kvx soundstream`: captured sound, byte order, messages, keys and signals.
 #include "tests/endtoend/command/kvx_runner.h"
 #include "tests/endtoend/command/pty_child.h"
 #include "tests/endtoend/expected_samples.h"
@@ -17,7 +17,7 @@ namespace {
 using namespace endtoend;
 using support::Sound;
 
-/// 16-bit noise over the whole range. No sample is zero.
+/// Return 16-bit noise over the whole range, without zero samples.
 Sound makeNoise16(int channels, std::size_t frames)
 {
     Sound sound = support::makeNoise(44100, channels, frames);
@@ -42,7 +42,7 @@ void writeSound16(const Sound& sound, const std::string& path)
     sf_close(file);
 }
 
-/// A 16-bit sample with its two bytes swapped.
+/// Return a 16-bit sample with its two bytes swapped.
 float swapped(float sample)
 {
     const auto bits = static_cast<std::uint16_t>(std::int16_t(sample * 32768.0f));
@@ -68,7 +68,8 @@ struct SoundStream : KvxTest {
 
 TEST_F(SoundStream, PlaysAFileExactly)
 {
-    // The mixer renders 1024 frames at a time; the client queues buffers of one second.
+    // These lengths lie around the 1024 frames that the mixer renders at a time, and around the client's
+    // buffer of 1 s.
     for (const std::size_t frames : {1, 2, 511, 512, 1023, 1024, 1025, 44099, 44100, 44101, 88200, 100000}) {
         SCOPED_TRACE(frames);
         const Sound sound = makeNoise16(2, frames);
@@ -139,7 +140,7 @@ TEST_F(SoundStream, AppliesAGain)
     expectAfterSilence(play(write(sound), {"--fast", "--gain", "-20"}), expected);
 }
 
-// The output unit converts to the device rate without loss of energy.
+// The output unit converts the sound to the device rate without loss of energy.
 TEST_F(SoundStream, PlaysOnDevicesOfOtherRates)
 {
     Sound sound{44100, 2, {}};
@@ -153,7 +154,7 @@ TEST_F(SoundStream, PlaysOnDevicesOfOtherRates)
         EXPECT_EQ(captured.sampleRate, rate);
         double energy = 0;
         for (const float sample : captured.samples) energy += double(sample) * sample;
-        // Two channels, two seconds, and the mean square of a sine of amplitude 0.5.
+        // The expected energy is 2 channels × 2 seconds × 0.125, the mean square of a sine of amplitude 0.5.
         EXPECT_NEAR(energy / rate, 2 * 2 * 0.125, 0.005);
     }
 }
@@ -286,7 +287,7 @@ TEST_F(SoundStream, PauseKeyLosesNoFrames)
     EXPECT_TRUE(child.waitFor("Done."));
     EXPECT_EQ(child.wait(), 0) << child.shown();
 
-    // No sample of the file is zero, so all zeros are pauses.
+    // No sample of the file is zero, so every zero in the capture belongs to a pause.
     const Sound captured = support::readSound(folder / "captured.wav");
     std::vector<float> played;
     for (const float sample : captured.samples)

@@ -1,4 +1,5 @@
-// Truncated or damaged files: every command plays the frames that decode, warns once, and exits with 1.
+// Truncated or damaged sound files: every command plays the frames that can be decoded, warns once, and exits
+// with 1.
 #include "tests/endtoend/command/kvx_runner.h"
 #include "tests/endtoend/expected_samples.h"
 
@@ -104,7 +105,7 @@ TEST_F(TruncatedFiles, OfCompressedSoundPlayTheDecodedFrames)
     }
 }
 
-/// The frames of a file before the frame where the decoder stops.
+/// Return the frames of a file up to the damage, where the decoder stops.
 Sound decodedPart(const std::string& path)
 {
     SF_INFO info = {};
@@ -117,7 +118,7 @@ Sound decodedPart(const std::string& path)
     return sound;
 }
 
-// The file has its full length, so only decoding finds the damage.
+// The damaged file has its full length, so only decoding finds the damage.
 TEST_F(TruncatedFiles, DamagedInTheMiddlePlayTheDecodedFrames)
 {
     write(support::makeNoise(44100, 2, 44100), "bad.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
@@ -154,7 +155,7 @@ TEST_F(TruncatedFiles, WithoutAStatedLengthPlayWithoutAWarning)
     const Sound sound = support::makeSweep(44100, 2, 44100);
     write(sound, "streamed.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     std::fstream file(folder / "streamed.wav", std::ios::in | std::ios::out | std::ios::binary);
-    file.seekp(40); // offset of the length of the data chunk
+    file.seekp(40); // offset of the field with the length of the data chunk
     file.write("\xff\xff\xff\xff", 4);
     file.close();
     truncate("streamed.wav", 4 * 10000);

@@ -39,7 +39,7 @@ struct UsageErrors : KvxTest {
     {
         std::ofstream(folder / to, std::ios::binary) << bytesOf(folder / from).substr(0, count);
     }
-    /// Write random bytes.
+    /// Write a file of random bytes.
     void writeJunk(const std::string& name, std::size_t count)
     {
         std::minstd_rand next(1);

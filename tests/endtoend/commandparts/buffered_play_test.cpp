@@ -1,5 +1,5 @@
-// The buffered play method and the leak report, called directly, in cases that the whole command cannot
-// produce.
+// The playback of `kvx play --buffered` and the leak report, called directly, in cases that the whole command
+// cannot produce.
 #include "host/kvx/library/library.h"
 #include "host/kvx/play/buffered_play.h"
 #include "host/kvx/text/failure.h"
@@ -31,7 +31,8 @@ KVXDeviceInfo makeDefault(const SteppedDevice& device)
     return kvx::deviceNow(info);
 }
 
-// A player whose device refused to start counts as running and cannot be stopped; the command must still end.
+// A player whose device refused to start reports that it runs, and cannot be stopped; the command must still
+// end.
 TEST(BufferedPlayDeathTest, DeviceThatRefusesToStartFailsWithAMessage)
 {
     support::TemporaryFolder folder;

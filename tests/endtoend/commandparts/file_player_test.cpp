@@ -26,7 +26,7 @@ struct CommandFilePlayer : LoadedHostTest {
     support::TemporaryFolder folder;
     kvx::CoreAudio core{loaded.host};
 
-    /// A player on `device`, with the sound loaded.
+    /// Return a file player on `device` that has loaded the sound.
     std::unique_ptr<kvx::FilePlayer> playerOf(const Sound& sound, const SteppedDevice& device,
                                               const kvx::PlayerOptions& options = {})
     {

@@ -1,4 +1,5 @@
-// The first signal of a kind sets a flag; the second one ends the process.
+// The interrupt guard of the command: the first signal of each number sets a flag, the second ends the
+// process.
 #include "host/kvx/files/atomic_file.h"
 #include "host/kvx/terminal/interrupt.h"
 #include "tests/support/temporary_folder.h"
@@ -17,7 +18,7 @@ TEST(InterruptDeathTest, SecondSignalOfAKindEndsTheProcess)
 {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         SCOPED_TRACE(signal);
-        std::signal(signal, SIG_DFL); // nohup may have started the test
+        std::signal(signal, SIG_DFL); // restore SIGHUP, because nohup may have started the test
         {
             const InterruptGuard guard;
             EXPECT_FALSE(isInterrupted());
@@ -63,7 +64,7 @@ TEST(InterruptDeathTest, IgnoredHangupStaysIgnored)
     EXPECT_EXIT(raiseWhileIgnored(), testing::ExitedWithCode(0), "");
 }
 
-// A shell starts background jobs with interrupts ignored.
+// Like a background job of a shell, this test ignores SIGINT from the start.
 TEST(InterruptDeathTest, IgnoredInterruptIsStillHandled)
 {
     const auto raiseWhileIgnored = [] {

@@ -1,4 +1,4 @@
-// Every property value of every object prints in its own form; none falls back to hexadecimal bytes.
+// `kvx get` prints every property of every audio object in a readable form, and none as hexadecimal bytes.
 #include "tests/endtoend/loaded_host.h"
 
 #include "host/kvx/library/core_audio.h"
@@ -14,7 +14,7 @@ using PropertyForms = LoadedHostTest;
 using kvx::Form;
 using kvx::Question;
 
-/// The system, its devices and their streams.
+/// Return the IDs of the system object, of all devices, and of their streams.
 std::vector<kvx::ObjectID> allObjects(const kvx::CoreAudio& core)
 {
     std::vector<kvx::ObjectID> objects = {kvx::systemObject};

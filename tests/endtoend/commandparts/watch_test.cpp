@@ -1,4 +1,4 @@
-// The device watch of the command, through the library's listeners: each change prints one line.
+// The device watch of the command, with listeners of the library: each change prints one line.
 #include "tests/endtoend/loaded_host.h"
 
 #include "host/kvx/devices/demo.h"
@@ -40,7 +40,8 @@ struct DeviceWatch : LoadedHostTest {
         return KVXPlatformAddSimulatedDevice(&description);
     }
 
-    /// The lines up to and including `last`. Waits for `last`; the time limit of the test ends the wait.
+    /// Wait until the watch has printed `last`, and return all lines since the last call. Without that line,
+    /// the time limit of the test ends the wait.
     Lines linesUntil(const std::string& last)
     {
         while (std::find(lines.begin(), lines.end(), last) == lines.end()) watch->reportChanges(0.05);
@@ -102,7 +103,7 @@ TEST_F(DeviceWatch, EachKindOfChangePrintsOneLine)
     for (const auto& fact : facts) {
         write(fact.address, fact.value);
         EXPECT_EQ(linesUntil(name + fact.line), Lines{name + fact.line});
-        write(fact.address, fact.value); // writing an equal value is no change
+        write(fact.address, fact.value); // a write of the present value is no change
         watch->reportChanges(0.02);
         EXPECT_EQ(lines, Lines{});
     }

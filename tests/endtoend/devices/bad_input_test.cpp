@@ -1,5 +1,5 @@
-// Misuse of devices, streams, objects and units by a host program: each call returns the status of the
-// platform.
+// Misuse of devices, streams, audio objects and audio units by a host program: each call returns the
+// platform's status.
 #include "tests/endtoend/audio_objects.h"
 #include "tests/endtoend/loaded_host.h"
 
@@ -11,11 +11,11 @@ using host::Object;
 using host::Value;
 
 const char* const badInstance = "-2147450879";
-const char* const shortBadInstance = "-32767"; // badInstance in 16 bits, as CloseComponent returns it
+const char* const shortBadInstance = "-32767"; // badInstance in 16 bits: result of CloseComponent
 
 class BadDeviceInput : public LoadedHostTest {
 protected:
-    /// Call a method. Returns the status.
+    /// Call a method of a CoreAudioKVX object, and return the status of the call.
     template <class... Arguments>
     std::string call(const char* method, const Arguments&... arguments)
     {
@@ -23,7 +23,7 @@ protected:
         return audio_.status();
     }
 
-    /// Expect that all calls refuse a handle that is not an open unit.
+    /// Expect that all calls for audio units refuse a handle that belongs to no open unit.
     void expectNoUnit(std::int64_t unit)
     {
         SCOPED_TRACE(unit);
@@ -119,7 +119,8 @@ TEST_F(BadDeviceInput, ValuesOfTheWrongSizeAreRefused)
     const SteppedDevice stepped;
     const std::int64_t device = stepped.id();
     const auto rate = MemoryBlock::copyOf(std::vector<double>{48000});
-    // The platform refuses the length or the property before it reads the block, so any offset is safe.
+    // Any offset into the memory block is safe, because the platform refuses the length or the property
+    // before reading.
     const struct {
         const char* selector;
         MemoryBlock block;

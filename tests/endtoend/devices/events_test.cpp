@@ -1,4 +1,5 @@
-// Listeners of a host program: lost devices, unknown objects, and many changes from several threads.
+// Events of the listeners in a host program: lost devices, unknown objects, and many changes from several
+// threads.
 #include "tests/endtoend/audio_objects.h"
 #include "tests/endtoend/loaded_host.h"
 
@@ -33,7 +34,7 @@ TEST_F(DeviceEvents, UnpluggedDeviceDiesOnceAndItsPlayerStopsWithoutHanging)
     alive.waitForEvents(1);
     role.waitForEvents(2);
 
-    // Properties, other devices and other players still work.
+    // After the loss of a device, properties, other devices and other players still work.
     (void)audio.object.call("AudioDeviceGetPropertyMemory", std::int64_t(device), 0, false, "nsrt");
     EXPECT_EQ(audio.status(), "!dev");
     EXPECT_EQ(audio.get<AudioDeviceID>(kAudioObjectSystemObject, overall('dOut')), AudioDeviceID(builtIn));
@@ -74,8 +75,9 @@ std::vector<std::unique_ptr<SteppedDevice>> makeDevices()
     return devices;
 }
 
-/// The work of one thread: change the volume of one channel after the other. Every 250 changes, wait until
-/// the main thread has created and destroyed listeners again. Returns the number of changes by channel.
+/// The function of a thread that changes the volume of one channel after the other. After every 250 changes
+/// the thread waits until the main thread has created and destroyed listeners again.
+/// Returns  the number of changes of each channel.
 std::vector<int> change(AudioDeviceID device, int count, const std::atomic<int>& rounds)
 {
     std::vector<int> changes(quietChannel + 1);
@@ -114,8 +116,9 @@ TEST_F(DeviceEvents, ConcurrentChangesReachLiveListenersAndNoDestroyedOnes)
             --changing;
         });
 
-    // During the changes, destroy listeners of a busy channel while their events are pending. New listeners
-    // of the quiet channel may get the same addresses, and must not receive those events.
+    // While the threads change volumes, destroy listeners of a busy channel whose events are pending. New
+    // listeners of the quiet channel may get the addresses of destroyed listeners, and must not receive those
+    // events.
     int quietEvents = 0;
     while (changing) {
         std::vector<EventCount> busy, quiet;

@@ -1,4 +1,4 @@
-// Buffered players on devices that are unknown, unplugged, dead, or refuse to start.
+// Buffered players on devices that are unknown, unplugged or dead, or that refuse to start.
 #include "tests/endtoend/loaded_host.h"
 
 #include <gtest/gtest.h>
@@ -99,10 +99,11 @@ TEST_F(LostDevices, PlayersOnDeadDevicesAreDestroyedWithoutHanging)
     ASSERT_TRUE(player.call("PlayFloatAudio", aSecond()).boolean());
     device.step(512);
     ASSERT_EQ(KVXPlatformKillDevice(device.id()), 0);
-    player = nullptr; // the destructor waits for the device
+    player = nullptr; // the destructor of the player waits for the device
 }
 
-// A child process, because a player whose device refused to start counts as running and cannot be stopped.
+// The test runs in a child process, because a player whose device refused to start reports that it runs, and
+// cannot be stopped.
 TEST(LostDevicesDeathTest, PlayersOnDevicesThatRefuseToStartCountAsRunning)
 {
     EXPECT_EXIT(

@@ -1,4 +1,4 @@
-// Rate, slice, volume and mute of a device, changed during playback: events and rendered samples.
+// Changes of rate, slice, volume and mute of a device during playback: events and rendered samples.
 #include "tests/endtoend/audio_objects.h"
 #include "tests/endtoend/loaded_host.h"
 #include "tests/endtoend/reference_output.h"
@@ -13,7 +13,7 @@ using DeviceSettings = LoadedHostTest;
 using host::MemoryBlock;
 using host::Object;
 
-/// Sample n is (n + 1) / 65536, so a sample identifies its index.
+/// Return samples of which sample n is (n + 1) / 65536, so that a sample identifies its index.
 std::vector<float> ramp(std::size_t count)
 {
     std::vector<float> samples(count);
@@ -53,7 +53,7 @@ TEST_F(DeviceSettings, NewRateRaisesEventsAndAppliesToTheNextStart)
     EXPECT_EQ(audio.get<Float64>(device.id(), overall('nsrt')), 88200.0);
     EXPECT_TRUE(player.get("IsRunning").boolean());
 
-    // The running player keeps the former rate: one sample per frame.
+    // The running player keeps the former rate, so it renders one sample per frame.
     device.clearOutput();
     device.step(128);
     EXPECT_EQ(device.output(0), part(samples, 128, 128));
@@ -89,14 +89,14 @@ TEST_F(DeviceSettings, NewSliceSizesNeitherLoseNorRepeatFrames)
     std::size_t played = 0;
     int changes = 0;
     for (UInt32 frames : {64u, 48u, 512u, 1u, 8192u, 7u, 64u}) {
-        if (frames == 48) // set the slice through the older property, which counts bytes
+        if (frames == 48) // set the slice through the older property, in bytes
             audio.object.call("AudioDeviceSetPropertyMemory", std::int64_t(device.id()), nullptr, 0, false,
                               "bsiz", MemoryBlock::copyOf(std::vector<UInt32>{frames * 8}), 0, 4);
         else
             audio.set(device.id(), overall('fsiz'), frames);
         EXPECT_EQ(audio.status(), "0") << frames;
         EXPECT_EQ(audio.get<UInt32>(device.id(), overall('fsiz')), frames);
-        device.step(3 * frames / 2 + 5); // not a whole number of slices
+        device.step(3 * frames / 2 + 5); // render no whole number of slices
         played += 3 * frames / 2 + 5;
         EXPECT_EQ(player.get("OutputPosition").number(), double(played));
         changes += frames != 64 || changes > 0;
@@ -112,16 +112,16 @@ TEST_F(DeviceSettings, NewSliceSizesNeitherLoseNorRepeatFrames)
 // ---- levels ----
 
 constexpr uint32_t slice = 64;
-constexpr uint32_t glide = 512;                     // frames over which a level changes
-constexpr uint32_t glideSlices = glide / slice + 1; // slices of a level change, plus one
+constexpr uint32_t glide = 512;                     // frames of a fade to a new level
+constexpr uint32_t glideSlices = glide / slice + 1; // slices of a fade, plus one
 
-/// A player of the constant 1 on a device whose levels change.
+/// Tests with a player that plays samples of 1 on a device whose volume and mute change.
 class DeviceLevels : public LoadedHostTest {
 protected:
     DeviceLevels() { player_ = playing(loaded.host, device_.id(), std::vector<float>(100000, 1.0f)); }
     ~DeviceLevels() override { player_.call("Stop"); }
 
-    /// Render the next slices. Returns the samples of one channel.
+    /// Render the next slices, and return the samples of one channel.
     std::vector<float> render(uint32_t channel, uint32_t slices)
     {
         device_.clearOutput();
@@ -129,8 +129,8 @@ protected:
         return device_.output(channel);
     }
 
-    /// Expect a monotonic change from one level to another over the first frames, in small steps, then the
-    /// new level.
+    /// Expect a fade: the first samples change monotonically and in small steps from one level to another,
+    /// then the new level stays.
     void expectGlide(const std::vector<float>& rendered, float from, float to)
     {
         const float largest = std::fabs(to - from) / float(glide) * 1.0001f;
@@ -176,7 +176,7 @@ TEST_F(DeviceLevels, FollowTheVolumeOfEachChannel)
 TEST_F(DeviceLevels, FallToSilenceWhenMutedAndRiseWhenUnmuted)
 {
     render(0, 1);
-    for (UInt32 element : {0u, 2u}) { // element 0 is all channels, element 2 the right one
+    for (UInt32 element : {0u, 2u}) { // element 0 sets all channels, element 2 the right channel
         for (UInt32 isMuted : {1u, 0u}) {
             SCOPED_TRACE(std::to_string(element) + " " + std::to_string(isMuted));
             ASSERT_EQ(audio_.set<UInt32>(device_.id(), ofOutput('mute', element), isMuted), "0");

@@ -1,5 +1,5 @@
-// Loads on a background thread: the program goes on, and the loaded samples are exact. All tests run on the
-// current platform and on an older one, where the library starts its own thread and uses another time-pitch
+// Loads of the file player on a background thread: the program runs on, and the loaded samples are exact. All
+// tests run on the current platform, and on an older platform without dispatch_async and the newer time-pitch
 // unit.
 #include "tests/endtoend/audio_objects.h"
 #include "tests/endtoend/fileplayer/file_player.h"
@@ -19,7 +19,7 @@
 
 namespace {
 
-std::atomic<int> detaches{0}; // the number of calls of pthread_detach by the library
+std::atomic<int> detaches{0}; // number of calls of pthread_detach that the library has made
 
 bool isLibrary(const void* code)
 {
@@ -29,8 +29,8 @@ bool isLibrary(const void* code)
 
 } // namespace
 
-// Interposes pthread_detach. The library detaches its background thread after joining it, which the thread
-// sanitizer would report as an error.
+// Replaces pthread_detach, because the library detaches its background thread after joining it, which is an
+// error for the thread sanitizer.
 extern "C" {
 int __interceptor_pthread_detach(pthread_t) __attribute__((weak));
 
@@ -53,14 +53,14 @@ using namespace endtoend;
 using FilePlayerBackgroundLoad = FilePlayerTest;
 using Clock = std::chrono::steady_clock;
 
-// This environment variable is set in the child process that tests the older platform.
+// Name of an environment variable that is set in the child process that tests the older platform.
 constexpr const char* olderVariable = "KVX_TEST_ON_OLDER";
 bool isOlder() { return std::getenv(olderVariable); }
 
 constexpr int rate = 8000;
 constexpr std::size_t hour = std::size_t(rate) * 3600;
 
-/// A sample value that depends on the frame number, so that misplaced frames show.
+/// Return the sample of a frame. Neighbouring frames differ, so that misplaced frames show.
 short sampleOf(std::size_t frame) { return short(frame * 40503u >> 3); }
 
 void writeHour(const std::string& path)
@@ -82,7 +82,8 @@ void writeHour(const std::string& path)
 TEST_F(FilePlayerBackgroundLoad, ProgramRunsWhileAnHourLoads)
 {
     writeHour(folder / "hour.wav");
-    // The program handles events, has a timer of 5 ms, and reads properties of the player.
+    // During the load the program handles events, runs a timer every 5 ms, and reads properties of the
+    // player.
     const AudioObjects audio(loaded.host);
     const auto at = overall(kAudioHardwarePropertySleepingIsAllowed);
     const EventCount changes(loaded.host, kAudioObjectSystemObject, at);

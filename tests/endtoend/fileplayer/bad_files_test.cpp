@@ -1,5 +1,5 @@
-// Files that are missing, damaged, not sound, or changed during the load: the load returns a stated status,
-// nothing leaks, and the object remains usable.
+// Loads of files that are missing, damaged, not sound, or changed during the load: a load returns a stated
+// status, nothing leaks, and the file player remains usable.
 #include "tests/endtoend/fileplayer/file_player.h"
 
 #include "tests/support/sanitizers.h"
@@ -43,7 +43,7 @@ Bytes changed(Bytes bytes, std::size_t at, std::uint64_t value, int count)
     return bytes;
 }
 
-/// Load a file: "true", "false" or "Class: message" of the exception.
+/// Load a file. Returns "true", "false", or class and message of the exception.
 std::string loadResult(const host::Object& player, const char* method, const std::string& path, int channels)
 {
     try {
@@ -54,7 +54,7 @@ std::string loadResult(const host::Object& player, const char* method, const std
     }
 }
 
-/// Use all properties and methods of a player, loaded or not.
+/// Read and write the properties of a player and call its methods, whether or not a file is loaded.
 void useAll(const host::Object& player)
 {
     for (const char* name :
@@ -85,7 +85,7 @@ struct FilePlayerBadFiles : testing::Test {
     const support::TemporaryFolder folder;
     const std::string path = folder / "x.wav";
 
-    /// A WAV file of 1,000 frames: a header of 44 bytes, then PCM16 stereo.
+    /// Return the bytes of a WAV file of 1,000 frames: a header of 44 bytes, then PCM16 stereo samples.
     Bytes makeWav()
     {
         support::writeSound(support::makeNoise(44100, 2, 1000), path, wav16);
@@ -95,7 +95,7 @@ struct FilePlayerBadFiles : testing::Test {
     }
 };
 
-/// Expect that both load methods refuse the file with `status`, and a second load raises an exception.
+/// Expect that both load methods refuse the file with `status`, and that a second load raises an exception.
 void expectRefused(const std::string& path, OSStatus status, int channels = 2)
 {
     for (const char* method : {"LoadFile", "LoadFileMT"}) {
@@ -116,12 +116,12 @@ void expectRefused(const std::string& path, OSStatus status, int channels = 2)
             EXPECT_EQ(loadResult(player, method, path, channels),
                       "UnsupportedOperationException: This class can only load one file.");
         }
-        // The refused second load replaces the folder item without releasing it.
+        // The refused second load replaces the player's folder item without releasing the former item.
         EXPECT_EQ(liveObjects(loaded.host), "1 folder item\n") << "a known leak";
     }
 }
 
-/// Expect that both load methods load `frames` frames, and play the file past its end.
+/// Expect that both load methods load `frames` frames and that the player plays past the end of the file.
 void expectLoaded(const std::string& path, std::size_t frames, int channels)
 {
     for (const char* method : {"LoadFile", "LoadFileMT"}) {
@@ -197,7 +197,7 @@ TEST_F(FilePlayerBadFiles, WithoutAPathRaise)
         } catch (const host::HostException& error) {
             EXPECT_EQ(error.className() + ": " + error.message(), "NilObjectException: file is nil");
         }
-        // After the exception, the player accepts another load.
+        // The player accepts another load after an exception during a load.
         EXPECT_EQ(loadResult(player, "LoadFile", folder / "no/such/folder.wav", 2),
                   "NilObjectException: File is invalid path");
         useAll(player);
@@ -214,7 +214,7 @@ TEST_F(FilePlayerBadFiles, WithoutReadPermissionAreRefused)
     chmod(folder.path().c_str(), 0755);
     LoadedHost loaded;
     const pid_t child = fork();
-    if (child == 0) { // the child runs as another user, since the superuser can read every file
+    if (child == 0) { // switch to another user, because the superuser can read every file
         if (geteuid() == 0 && setuid(65534) != 0) _exit(9);
         const host::Object player = loaded.host.create(filePlayerClass);
         if (loadResult(player, "LoadFile", path, 2) != "false") _exit(1);
@@ -230,7 +230,7 @@ TEST_F(FilePlayerBadFiles, WithoutReadPermissionAreRefused)
 TEST_F(FilePlayerBadFiles, WithWrongHeadersLoadThePresentFrames)
 {
     const Bytes good = makeWav();
-    Bytes billions = changed(good, 40, 0x7FFFFFF0, 4); // the header states 2^31 frames of 1 byte
+    Bytes billions = changed(good, 40, 0x7FFFFFF0, 4); // its header states 2^31 frames of 1 byte
     billions = changed(changed(changed(billions, 22, 1, 2), 32, 1, 2), 34, 8, 2);
     Bytes huge = changed(changed(good, 40, 0xFFFFFFF0, 4), 4, 0xFFFFFFFF, 4);
     const struct {
@@ -280,7 +280,7 @@ TEST_F(FilePlayerBadFiles, AbsurdChannelCountsAreRefused)
         }
         expectCleanHost(loaded.host);
     }
-    // The data channels are valid, but the units refuse the output channels.
+    // With 2 data channels the load succeeds, but the audio units refuse these numbers of output channels.
     for (const int channels : {0, -1, 1 << 16}) {
         SCOPED_TRACE(channels);
         LoadedHost loaded;
@@ -308,7 +308,7 @@ TEST_F(FilePlayerBadFiles, SixtyFourChannelsPlay)
     expectCleanHost(loaded.host);
 }
 
-// The sparse file has all stated frames: more samples than a memory block can hold.
+// The file is sparse and has all frames that its header states: more samples than a memory block can hold.
 TEST_F(FilePlayerBadFiles, LargerThanMemoryRaiseOutOfMemory)
 {
     constexpr std::uint64_t frames = 1u << 30; // PCM16 mono
@@ -333,7 +333,7 @@ TEST_F(FilePlayerBadFiles, LargerThanMemoryRaiseOutOfMemory)
 
 // ---- files that change during the load ----
 
-/// Repeats a function on another thread, until it is destroyed.
+/// Calls a function again and again on another thread, until the destruction of the object.
 class RepeatOnThread {
 public:
     explicit RepeatOnThread(std::function<void()> work)

@@ -126,7 +126,7 @@ TEST_F(FilePlayerDevices, OfOtherChannelCountsAndRatesCanBeChosenDuringPlayback)
     const double at = player.get("CurrentTime") * 44100;
     EXPECT_NEAR(at, 3000 + 10000, 500) << "two device frames per file frame";
 
-    // The change drops only the input that the rate conversion has buffered.
+    // A change of the device drops only the input that the rate conversion has buffered.
     player.object().set("CurrentDeviceID", std::int64_t(player.device().id()));
     expectSamples(player.render(1000), frames(std::size_t(at + 0.5), 1000));
 }
@@ -172,8 +172,8 @@ TEST_F(FilePlayerDevices, ThatDoNotStartReturnTheErrorAndAnotherDevicePlays)
 
 // ---- the default device ----
 
-/// Step a device until the player renders to it, because the platform moves a player to the new default
-/// device asynchronously. The player must report Playing throughout.
+/// Step a device until the player renders to the device, because the platform moves a player to the new
+/// default device asynchronously. The test fails if the player stops playing before.
 void stepUntilRendering(const FilePlayer& player, SteppedDevice& device, std::uint32_t frames)
 {
     while (device.step(frames) == 0) ASSERT_TRUE(player.isPlaying());
@@ -219,7 +219,7 @@ TEST_F(FilePlayerDevices, DefaultOutputContinuesAfterItsDeviceIsUnplugged)
         EXPECT_NE(player.get("DefaultDeviceID"), unplugged);
         chooseDefaultDevice(loaded.host, fallback.id());
         stepUntilRendering(player, fallback, 1000);
-        // The output was discarded until the player moved; it continues at a later frame.
+        // Output before the move to the new device is lost, so the new device continues at a later frame.
         const Samples rendered = fallback.output();
         const auto found =
             std::search(sound.samples.begin(), sound.samples.end(), rendered.begin(), rendered.end());
@@ -242,7 +242,7 @@ TEST_F(FilePlayerDevices, UnpluggedOrDeadDuringPlaybackCanBeReplaced)
         player.play();
         ASSERT_EQ(KVXPlatformStep(lost, 1000), 1000u);
         ASSERT_EQ(dies ? KVXPlatformKillDevice(lost) : KVXPlatformRemoveSimulatedDevice(lost), 0);
-        // Properties and methods still work.
+        // Properties and methods of the player still work.
         EXPECT_GE(player.get("CurrentTime"), 1000.0 / 44100);
         player.set("TimeRate", 1);
         player.object().call("Reset");
@@ -261,7 +261,7 @@ TEST_F(FilePlayerDevices, UnpluggedDuringPlaybackThePlayerPausesOrIsDestroyedWit
     for (const bool pauses : {false, true}) {
         SCOPED_TRACE(pauses);
         FilePlayer player(loaded, path);
-        const KVXDeviceID lost = addDevice("Lost", 2, 0); // the device is paced: it has its own render thread
+        const KVXDeviceID lost = addDevice("Lost", 2, 0); // a paced device, which has a render thread
         player.object().set("CurrentDeviceID", std::int64_t(lost));
         player.play();
         while (player.get("CurrentTime") == 0.0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -280,7 +280,7 @@ TEST_F(FilePlayerDevices, ThatChangeTheirRateOrSliceDuringPlaybackContinue)
     ASSERT_EQ(KVXPlatformConfigureDevice(player.device().id(), 0, 0, 64), 0);
     expectSamples(player.render(1000), frames(1000, 1000));
     ASSERT_EQ(KVXPlatformConfigureDevice(player.device().id(), 88200, 0, 0), 0);
-    // The platform adapts asynchronously, and renders at the former ratio before.
+    // The platform adapts to the new rate asynchronously, and renders at the former ratio until then.
     double ratio = 0;
     while (ratio < 1.9 || ratio > 2.1) {
         const double before = player.get("CurrentTime");
@@ -301,7 +301,7 @@ TEST_F(FilePlayerDevices, ChannelMapAssignsFileChannelsToDeviceChannels)
     const struct {
         Map set;
         Map reads;
-        std::vector<int> sources; ///< the file channel on each device channel; -1: silence
+        std::vector<int> sources; ///< number of the file channel on each device channel; -1: silence
         const char* why;
     } facts[] = {
         {{1, 0, -1, -1}, {1, 0, -1, -1}, {1, 0, -1, -1}, "swapped"},

@@ -11,7 +11,7 @@ namespace {
 
 constexpr double pi = 3.14159265358979323846;
 
-/// The sample rate and channel count of a file.
+/// Return the sample rate and the channel count of a file.
 support::Sound formatOf(const std::string& path)
 {
     support::Sound sound = support::readSound(path);
@@ -19,7 +19,7 @@ support::Sound formatOf(const std::string& path)
     return sound;
 }
 
-/// The Blackman-Harris window at `x`, 0 to 1; its side lobes are at -92 dB.
+/// Return the Blackman-Harris window at `x`, from 0 to 1. The side lobes of this window are at -92 dB.
 double windowAt(double x)
 {
     const double a = 2 * pi * x;
@@ -27,7 +27,7 @@ double windowAt(double x)
 }
 constexpr double windowMean = 0.35875;
 
-/// Replace `count` values, `stride` apart, by their discrete Fourier transform. `count` is a power of 2.
+/// Replace `count` values, every `stride`th of an array, by their Fourier transform. `count` is a power of 2.
 void transform(std::complex<double>* values, std::size_t count, std::size_t stride)
 {
     if (count == 1) return;
@@ -145,7 +145,7 @@ double frequencyOf(const Samples& samples, double sampleRate)
     std::size_t top = 1;
     for (std::size_t bin = 2; bin + 1 < count / 2; ++bin)
         if (level(bin) > level(top)) top = bin;
-    // The peak lies between bins: take the top of the parabola through the levels of three bins.
+    // The peak lies between bins, so this takes the top of the parabola through the levels of three bins.
     const double left = level(top - 1), middle = level(top), right = level(top + 1);
     const double offset = 0.5 * (left - right) / (left - 2 * middle + right);
     return (double(top) + offset) * sampleRate / double(count);

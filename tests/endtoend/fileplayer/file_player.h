@@ -1,4 +1,4 @@
-// A file player of the library on a stepped device, generated sounds, and measurements of rendered samples.
+// A file player on a stepped device, generated sounds, and measurements of rendered samples.
 #pragma once
 
 #include "tests/endtoend/expected_samples.h"
@@ -16,14 +16,14 @@ namespace endtoend {
 
 inline const char* const filePlayerClass = "AUPlayerKVX";
 
-/// Interleaved samples, or the samples of one channel.
+/// Samples: interleaved if they have several channels.
 using Samples = std::vector<float>;
 
-/// Tests with a loaded host and a folder for sound files.
+/// The base of tests with one host and a folder for sound files.
 struct FilePlayerTest : LoadedHostTest {
     const support::TemporaryFolder folder;
 
-    /// Write a WAV file of 32-bit float. Returns its path.
+    /// Write a WAV file of 32-bit floats into the folder, and return the path of the file.
     std::string write(const support::Sound& sound, const std::string& name = "x.wav") const
     {
         support::writeSound(sound, folder / name);
@@ -31,11 +31,12 @@ struct FilePlayerTest : LoadedHostTest {
     }
 };
 
-/// A file player with a loaded file, on its own stepped device.
+/// A file player with a loaded file, and a stepped device to which the player plays.
 /// Errors  the test fails if the file does not load.
 class FilePlayer {
 public:
-    /// How to load the file, and the device. 0 takes the value of the file, or the default of the class.
+    /// The format of the device, and the arguments of the load. 0 means the value of the file, or the class's
+    /// default.
     struct Setup {
         double deviceRate = 0;
         std::uint32_t deviceChannels = 0;
@@ -43,7 +44,7 @@ public:
         int maximumFramesPerSlice = 0;
         int outputUnit = 0;
         int timePitchUnit = 0;
-        int channels = 0; ///< the number of data channels and of output channels
+        int channels = 0; ///< number of data channels, and of output channels
     };
 
     FilePlayer(LoadedHost& loaded, const std::string& path) : FilePlayer(loaded, path, Setup()) {}
@@ -59,8 +60,8 @@ public:
     void pause() const { object_.call("Pause"); }
     bool isPlaying() const { return object_.get("Playing").boolean(); }
 
-    /// Render the next `frames` frames of the device. Returns interleaved samples: none while the player
-    /// pauses.
+    /// Render the next `frames` frames of the device.
+    /// Returns  interleaved samples; none while the player pauses.
     Samples render(std::size_t frames);
 
 private:
@@ -71,26 +72,27 @@ private:
 /// Load a file into a new player. The test fails if the file does not load.
 host::Object loadFile(host::Host& host, const std::string& path, int channels);
 
-/// Set the default output device, or the default device for alert sounds (role 'sOut').
+/// Set the default output device of the system. The role 'sOut' sets the device for alert sounds instead.
 void chooseDefaultDevice(host::Host& host, KVXDeviceID device, std::uint32_t role = 'dOut');
 
-/// A sine in every channel; `amplitude` is the peak, full scale 1.
+/// Return a sine in every channel. `amplitude` is the peak; full scale is 1.
 support::Sound makeTone(int sampleRate, int channels, double seconds, double hertz, double amplitude = 0.5);
-/// Frame n is (n + 1) / 65536 in every channel, so a sample identifies its frame. At most 65535 frames.
+/// Return a sound whose sample in frame n is (n + 1) / 65536, so a sample identifies its frame. At most 65535
+/// frames.
 support::Sound makeRamp(int sampleRate, int channels, std::size_t frames);
 
-/// Frames [first, first + frames) of all channels.
+/// Return the frames from `first` to `first + frames - 1`, with all channels.
 Samples partOf(const Samples& samples, int channels, std::size_t first, std::size_t frames);
 Samples channelOf(const Samples& samples, int channels, int channel);
 Samples silence(std::size_t samples);
 
-/// The peak amplitude of the sine at `hertz`, through a window that suppresses other frequencies.
+/// Return the peak amplitude of the sine at `hertz`. A window function suppresses other frequencies.
 double amplitudeAt(const Samples& samples, double hertz, double sampleRate);
 
-/// The strongest frequency in hertz, accurate to a hundredth of a bin of a 16384-point Fourier transform.
+/// Return the strongest frequency in hertz, accurate to 1/100 of a bin of a 16384-point Fourier transform.
 double frequencyOf(const Samples& samples, double sampleRate);
 
-/// The number of frames from the first sample above `level` to the last one.
+/// Return the number of frames from the first sample above `level` to the last such sample.
 std::size_t framesAbove(const Samples& samples, float level);
 
 double decibels(double amplitude);

@@ -126,7 +126,7 @@ TEST_F(FilePlayerFormats, RequestedChannelsComeFromTheFileChannels)
 {
     const struct {
         int file, requested;      ///< channel counts
-        std::vector<int> sources; ///< the file channel on each device channel; -1: silence
+        std::vector<int> sources; ///< number of the file channel on each device channel; -1: silence
         const char* why;
     } facts[] = {
         {1, 2, {0, 0}, "a mono file plays on both channels"},

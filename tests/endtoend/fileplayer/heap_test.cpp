@@ -1,4 +1,4 @@
-// Peak memory of a loaded file: its samples as 32-bit float, and at most 2 MiB more.
+// Peak memory during a load by the file player: the samples as 32-bit floats, and at most 2 MiB more.
 #include "tests/endtoend/fileplayer/file_player.h"
 #include "tests/support/allocator_hook.h"
 
@@ -54,7 +54,7 @@ TEST(FilePlayerHeap, OfALoadedFileIsItsSamplesAndAtMostTheAllowance)
             SteppedDevice device(fact.rate, std::uint32_t(fact.channels));
             KVXPlatformSetOutputTap(device.id(), nullptr, nullptr);
             const host::FolderItem file = host::FolderItem::at(path);
-            { // The first player makes objects that all later players share.
+            { // not measured: the first player makes objects that all later players share
                 const host::Object first = loaded.host.create(filePlayerClass);
                 first.call(method, file, fact.channels, fact.channels);
             }

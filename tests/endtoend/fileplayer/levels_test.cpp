@@ -1,4 +1,4 @@
-// Equaliser bands, balance, volumes and meters, measured in rendered samples.
+// Equaliser bands, balance, volumes and meters of the file player, measured in rendered samples.
 #include "tests/endtoend/audio_objects.h"
 #include "tests/endtoend/fileplayer/file_player.h"
 
@@ -19,7 +19,7 @@ const double centres[] = {20,   25,   31.5, 40,   50,   63,    80,    100,   125
                           250,  315,  400,  500,  630,  800,   1000,  1250,  1600, 2000, 2500,
                           3150, 4000, 5000, 6300, 8000, 10000, 12500, 16000, 20000};
 
-/// A sound with a different tone in each channel.
+/// Return a sound with a different tone in each channel.
 Sound tones(const std::vector<double>& hertz, double seconds, double amplitude)
 {
     Sound sound{rate, int(hertz.size()), Samples(std::size_t(seconds * rate) * hertz.size())};
@@ -37,7 +37,8 @@ TEST_F(FilePlayerLevels, EachEqualiserBandRaisesOnlyItsFrequency)
     for (std::size_t band = 0; band < std::size(centres); ++band) {
         SCOPED_TRACE(testing::Message() << "band " << band << " at " << centres[band] << " Hz");
         const double centre = centres[band];
-        // Frequencies two octaves away on both sides; at the ends of the spectrum, on one side only.
+        // These two tones are two octaves below and above the band; for the lowest and highest bands, both on
+        // one side.
         const double below = centre / 4 >= 10 ? centre / 4 : centre * 4;
         const double above = centre * 4 <= 20000 ? centre * 4 : centre / 4;
         FilePlayer player(loaded, write(tones({centre, below, above}, 2, 0.1)));
@@ -141,9 +142,9 @@ TEST_F(FilePlayerLevels, MissingMixerInputsReturn0AndAnError)
 
 // ---- meters ----
 
-constexpr int peakHold = 4000, inputScope = 1; // the peak parameter and the input scope of the mixer unit
+constexpr int peakHold = 4000, inputScope = 1; // numbers of a parameter and a scope of the mixer
 
-/// Noise whose level changes four times a second, with one sample of another height at frame `click`.
+/// Return noise whose level changes four times a second, with a click of one sample at frame `click`.
 Sound unevenNoise(std::size_t click, float clickHeight)
 {
     Sound sound = support::makeNoise(rate, 2, rate * 3);
@@ -202,7 +203,7 @@ TEST_F(FilePlayerLevels, MixerHoldsThePeakForASecond)
     player.play();
     player.render(rate / 4 - rate / 4 % 512);
     EXPECT_NEAR(peak(), decibels(0.05), 0.5) << "noise before the click";
-    player.render(rate / 4 + 1024); // the frames with the click
+    player.render(rate / 4 + 1024); // render the frames with the click
     EXPECT_NEAR(peak(), decibels(0.9), 0.5);
     player.render(rate * 9 / 10);
     EXPECT_NEAR(peak(), decibels(0.9), 0.5) << "0.9 seconds after the click";

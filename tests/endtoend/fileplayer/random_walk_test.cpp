@@ -1,6 +1,6 @@
-// Random commands to a playing file player: the output stays finite, nothing leaks, and the audio thread
-// allocates nothing. Each test plays 20 seconds; KVX_LONG_RUN_SECONDS changes the length, KVX_WALK_SEED the
-// random sequence.
+// Random commands to a playing file player: all output samples are finite, nothing leaks, and the audio
+// thread allocates nothing. Each test plays 20 seconds; KVX_LONG_RUN_SECONDS changes the length,
+// KVX_WALK_SEED the random sequence.
 #include "tests/endtoend/fileplayer/file_player.h"
 #include "tests/support/allocator_hook.h"
 
@@ -22,7 +22,7 @@ double numberOf(const char* name, double fallback)
     return text ? std::atof(text) : fallback;
 }
 
-/// A stepped device that checks the rendered samples instead of keeping them.
+/// A stepped device that checks that the rendered samples are finite, and does not keep them.
 class CheckedDevice {
 public:
     CheckedDevice(double rate, std::uint32_t channels, std::uint32_t slice)
@@ -32,7 +32,8 @@ public:
     }
     KVXDeviceID id() const { return device_.id(); }
 
-    /// Run I/O cycles with the allocator hook watching. Returns the rendered seconds.
+    /// Run I/O cycles while the allocator hook counts allocations.
+    /// Returns  the rendered seconds.
     double step(std::uint32_t frames)
     {
         allocator_hook::watchThisThread(true);
@@ -69,7 +70,7 @@ public:
         player_.call("Play");
     }
 
-    /// Run one random command.
+    /// Give one random command to the player.
     void step()
     {
         const auto set = [this](const char* property, double value) { player_.set(property, value); };

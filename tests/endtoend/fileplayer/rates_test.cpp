@@ -1,4 +1,4 @@
-// Rate and pitch: a rendered tone has the stated frequency and duration.
+// Rate and pitch of the file player: a rendered tone has the stated frequency and duration.
 #include "tests/endtoend/fileplayer/file_player.h"
 
 #include <cmath>
@@ -75,7 +75,7 @@ TEST_F(FilePlayerRates, VarispeedChangesDurationAndPitchTogether)
 
 TEST_F(FilePlayerRates, RateUnitsNeitherDelayTheBeginningNorCutTheEnd)
 {
-    // A burst at each end, and silence between them.
+    // The sound has a burst at each end, and silence between the bursts.
     support::Sound sound = makeTone(44100, 1, 1, 1000);
     std::fill(sound.samples.begin() + 2205, sound.samples.end() - 2205, 0.0f);
     support::writeSound(sound, folder / "bursts.wav");
@@ -123,7 +123,7 @@ TEST_F(FilePlayerRates, RateUnitCanChangeDuringPlayback)
         SCOPED_TRACE(fact.why);
         player.set("TimePitchUnit", fact.set);
         EXPECT_EQ(player.get("TimePitchUnit"), fact.reads);
-        player.render(11025); // discard the frames that the former unit has buffered
+        player.render(11025); // discard the frames that the former time-pitch unit has buffered
         EXPECT_NEAR(frequencyOf(player.render(11025), 44100), fact.expected, 0.005 * fact.expected);
     }
 }

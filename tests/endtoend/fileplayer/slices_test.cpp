@@ -1,4 +1,4 @@
-// Slice sizes, slice limits, output units and devices of other rates.
+// The file player with various slice sizes, slice limits, output units and device rates.
 #include "tests/endtoend/fileplayer/file_player.h"
 
 #include <cmath>

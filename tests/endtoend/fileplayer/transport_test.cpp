@@ -1,4 +1,5 @@
-// Position, loops, seeks, pauses and resets, on a file whose samples identify their frames.
+// Position, loops, seeks, pauses and resets of the file player, with a file whose samples identify their
+// frames.
 #include "tests/endtoend/fileplayer/file_player.h"
 
 #include <algorithm>
@@ -11,15 +12,15 @@ using namespace endtoend;
 using support::Sound;
 
 constexpr int rate = 8000;
-constexpr std::size_t length = 20000; // in frames: 2.5 seconds
+constexpr std::size_t length = 20000; // length of the file in frames: 2.5 seconds
 
 double secondsAt(double frame) { return frame / rate; }
 
 // The output unit renders at most this many frames at a time.
 constexpr std::size_t largestSlice = 1156;
 
-/// A model of the transport. It renders a whole slice, with silence past the end of the file, and jumps to
-/// the start of a loop only after the slice.
+/// The expected transport of the file player. The model renders whole slices, with silence past the end of
+/// the file, and jumps to the start of a loop only after a slice.
 struct TransportModel {
     std::size_t length, position = 0;
     double in = -1, out = -1;
@@ -54,7 +55,8 @@ struct FilePlayerTransport : FilePlayerTest {
     FilePlayerTransport() { support::writeSound(makeRamp(rate, 1, length), path); }
 };
 
-/// A player and the model, which take the same commands and must render the same samples.
+/// A file player and the model of its transport, which receive the same commands and must render the same
+/// samples.
 struct ModelledPlayer {
     FilePlayer player;
     TransportModel model{length};
@@ -126,16 +128,16 @@ TEST_F(FilePlayerTransport, LoopsCanBeSetMovedAndEndedDuringPlayback)
     ModelledPlayer both(loaded, path, 512);
     both.player.play();
     both.render(3000);
-    both.loop(1000, 2000); // a loop before the position
+    both.loop(1000, 2000); // the loop lies before the position
     both.render(5000);
-    both.loop(6000, 8000); // a loop after the position
+    both.loop(6000, 8000); // the loop lies after the position
     both.render(5000);
     both.player.object().set("Looping", false);
     both.model.isLooping = false;
     both.render(length);
     both.seek(100);
     both.render(1000);
-    // A loop start past the loop end moves the end to the same time.
+    // If the program sets the loop start past the loop end, the loop end moves to the same time.
     both.loop(500, 900);
     both.render(2000);
     both.player.set("LoopIn", secondsAt(1500));
@@ -194,7 +196,7 @@ TEST_F(FilePlayerTransport, TimesOutsideTheFilePlaySilenceAndMoveToTheEnd)
         expectSamples(player.render(2000), silence(2000));
         EXPECT_EQ(player.get("CurrentTime"), player.get("TrackLength"));
     }
-    // A time without a 64-bit frame number means frame 0.
+    // A time that no 64-bit frame number can express means frame 0.
     for (const double seconds : {std::nan(""), std::numeric_limits<double>::infinity(), 1e300}) {
         SCOPED_TRACE(seconds);
         ModelledPlayer both(loaded, path, 512);
@@ -218,7 +220,7 @@ TEST_F(FilePlayerTransport, LastSliceEndsInSilence)
         expectThenSilence(rendered, expected);
         EXPECT_EQ(both.player.get("CurrentTime"), both.player.get("TrackLength"));
         EXPECT_TRUE(both.player.isPlaying());
-        // With a loop, playback continues at the loop start after the last slice.
+        // If looping is switched on after the last slice, playback continues at the loop start.
         both.model.position = length;
         both.loop(3000, double(length));
         both.render(512);

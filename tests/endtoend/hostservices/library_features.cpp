@@ -15,7 +15,7 @@ using host::Object;
 using host::String;
 using host::Value;
 
-/// The steps of one feature, and the arguments that they lend to the library.
+/// The calls with which a test tries one feature of the library (steps), and the arguments that it passes.
 class Steps {
 public:
     Steps() = default;
@@ -27,8 +27,8 @@ public:
     Steps(const Steps&) = delete;
     Steps& operator=(const Steps&) = delete;
 
-    /// Watch the reference count of an argument. Spare references keep the argument alive if the library
-    /// releases it too often.
+    /// Compare the reference count of an argument before and after each step. Spare references keep the
+    /// argument alive if the library releases the argument too often.
     template <class Handle>
     Handle lend(const Handle& value)
     {
@@ -38,8 +38,8 @@ public:
     }
     String lend(const char* bytes, std::uint32_t encoding) { return lend(String::ofBytes(bytes, encoding)); }
 
-    /// Run one step and note an unexpected result. The result is the printed value, "refused" for a program
-    /// error, or "Class: message" of an exception.
+    /// Make one call, and note the result if it is not `expected`. The result is the printed value, "refused"
+    /// for a host::ProgramError, or class and message of an exception.
     void expect(const std::string& expected, const std::function<Value()>& step)
     {
         for (Lent& each : lent_) each.references = host::referenceCount(each.value);
@@ -103,7 +103,7 @@ MemoryBlock otherWords() { return MemoryBlock::copyOf(std::vector<std::uint16_t>
 MemoryBlock floats() { return MemoryBlock::copyOf(std::vector<float>{-0.5f, -0.25f}); }
 MemoryBlock otherFloats() { return MemoryBlock::copyOf(std::vector<float>{0.75f, 0.875f}); }
 
-/// A player on the device of the session, which does not stop when its queue is empty.
+/// Create a buffered player on the device of the session. The player goes on when its queue is empty.
 Object createPlayer(Session& session)
 {
     Object player = session.host.create(playerClass);
@@ -258,7 +258,7 @@ std::string encodingOf(const Value& text)
     }
 }
 
-/// The value as text, or the status of the call if the value is nil.
+/// Return the value as text, or the status of the call if the value is nil.
 template <class Print>
 std::string valueOrStatus(const AudioObjects& core, const Value& value, const Print& print)
 {
@@ -284,8 +284,8 @@ void readNumbers(Session& session, Steps& steps)
                  [&] { return session.host.callShared("CoreAudioKVX", "GetHostClockMinimumTimeDeltaKVX"); });
 }
 
-/// Look up the property 'dOut' by a text. Only the first four characters count; shorter texts name no
-/// property.
+/// Look up the property 'dOut' (default output device) by a text. The library reads the first four
+/// characters, and finds no property by a shorter text.
 void findProperty(const AudioObjects& core, Steps& steps, const char* bytes, std::uint32_t encoding)
 {
     const bool isComplete = std::string(bytes).size() >= 4;

@@ -1,4 +1,4 @@
-// The features of the library, used one after the other as a host program does.
+// Uses the features of the library one after the other, as a host program does.
 // All functions: [main].
 #pragma once
 
@@ -9,10 +9,11 @@
 
 namespace endtoend {
 
-/// By feature: "works", or the unexpected results, separated by "; ".
+/// Result of each feature, by name: "works", or the unexpected results, separated by "; ".
 using FeatureResults = std::map<std::string, std::string>;
 
-/// Use every feature once, and name the kinds of host values and platform objects that are alive afterwards.
+/// Use every feature once. The result "release of everything" names the kinds of objects that are still
+/// alive.
 FeatureResults useAllFeatures(host::Host& host);
 
 } // namespace endtoend

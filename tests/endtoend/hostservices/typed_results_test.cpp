@@ -1,4 +1,4 @@
-// Arguments and results of every number type of the library's declarations keep all their bits.
+// Arguments and results keep all their bits between host and library, for every number type in a declaration.
 #include "tests/endtoend/loaded_host.h"
 
 #include <gtest/gtest.h>
@@ -54,7 +54,7 @@ TEST_F(TypedResults, UInt32KeepsAllItsBits)
 
 TEST_F(TypedResults, UInt64KeepsAllItsBits)
 {
-    // The host clock counts nanoseconds, so the conversion returns its argument.
+    // The host clock of the platform counts nanoseconds, so a conversion to nanoseconds returns its argument.
     for (std::uint64_t bits :
          {0x0000000000000000ull, 0x0000000000000001ull, 0x00000000FFFFFFFFull, 0x0000000100000000ull,
           0x0123456789ABCDEFull, 0x7FFFFFFFFFFFFFFFull, 0x8000000000000000ull, 0xFFFFFFFFFFFFFFFFull}) {

@@ -1,5 +1,5 @@
-// Every feature of the library works in every host version. Each version runs in its own process, since
-// a library enters only one host.
+// Every feature of the library works in every host version. Each version has a separate process, because a
+// host can load the library only once in a process.
 #include "tests/endtoend/hostservices/library_features.h"
 #include "tests/endtoend/loaded_host.h"
 
@@ -13,7 +13,7 @@ using namespace endtoend;
 
 struct Version {
     double version;
-    int layout; ///< layout number of the class records that the library registers
+    int layout; ///< layout number of the class definitions that the library registers
 };
 
 void PrintTo(const Version& version, std::ostream* out)

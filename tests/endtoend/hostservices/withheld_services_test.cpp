@@ -1,5 +1,5 @@
-// A host may lack any service except "RegisterPluginVersion". The library then loses the features that need
-// the service, in a stated way; all other features work.
+// A host may lack any service except "RegisterPluginVersion". The features of the library that need a missing
+// service fail with a stated result; all other features work.
 #include "host/runtime/services/service_table.h"
 #include "tests/endtoend/hostservices/library_features.h"
 #include "tests/endtoend/loaded_host.h"
@@ -15,12 +15,12 @@ namespace {
 
 using namespace endtoend;
 
-/// The result of some features in a host without a service. The library works without services that have no
-/// row: it does not call them, or has a substitute.
+/// The stated result of some features in a host without a service. All features work without a service that
+/// has no row here, because the library does not need the service or has a substitute.
 struct Loss {
     const char* service;
-    double first; ///< first host version in which the features are lost
-    double end;   ///< first later host version in which the features work without the service
+    double first; ///< first host version in which the features fail
+    double end;   ///< first later host version in which the features work
     const char* result;
     std::vector<const char*> features;
 };
@@ -44,12 +44,12 @@ const std::vector<const char*> textArguments = {"property IDs in UTF-8",
 
 // clang-format off
 const Loss losses[] = {
-    // Without an exception object, an error is only the returned value.
+    // The library cannot raise exceptions, so only a returned value reports an error.
     {"PluginNewInstance",       always, forEver, "false", {"nil blocks"}},
     {"RuntimeRaiseException",   always, forEver, "false", {"nil blocks"}},
-    // The exception has no message.
+    // The library cannot set the message of an exception.
     {"REALSetPropValueString",  always, forEver, "NilObjectException", {"nil blocks"}},
-    // Without the retaining service the library still releases arguments, and the other way round.
+    // Without the service that retains arguments the library still releases them, and the other way round.
     {"REALLockObject",          always, forEver, losesReference, {"values in the caller's block"}},
     {"REALUnlockObject",        always, forEver, keepsReference, {"values in the caller's block"}},
     {"REALUnlockObject",        always, forEver, "NilObjectException; string", {"release of everything"}},
@@ -58,13 +58,13 @@ const Loss losses[] = {
     {"REALUnlockString",        always, forEver, "string", {"release of everything"}},
     {"PluginDisposeStringData", 2012.0, forEver, keepsReference, {"property IDs in Mac Roman", "units"}},
     {"PluginDisposeStringData", 2012.0, forEver, "string; string data", {"release of everything"}},
-    // The library makes no text: no messages, no results, and no copies in another encoding.
+    // The library cannot make text: no messages, no results, and no copies in another encoding.
     {"REALBuildString",         always, forEver, "NilObjectException", {"nil blocks"}},
     {"REALBuildString",         always, forEver, "nil; unknown encoding", {"text constants"}},
     {"REALBuildString",         always, forEver, "nil, status 0", {"default device"}},
     {"REALBuildString",         always, forEver, "nil, status 0; unknown encoding", {"device properties"}},
     {"REALBuildString",         always, forEver, unknownProperty, {"property IDs beyond ASCII"}},
-    // The library reads or makes text without its encoding.
+    // The library cannot read or set the encoding of text.
     {"REALGetStringEncoding",   always, forEver, unknownProperty, {"property IDs beyond ASCII"}},
     {"REALSetStringEncoding",   always, forEver, "unknown encoding", {"text constants", "device properties"}},
     {"REALSetStringEncoding",   always, forEver, unknownProperty, {"property IDs beyond ASCII"}},
@@ -84,19 +84,19 @@ const Loss losses[] = {
     {"REALLoadGlobalMethod",    2012.0, forEver, unknownProperty, {"property IDs as bytes"}},
     {"REALLoadGlobalMethod",    2016.0, forEver, unknownProperty, {"property IDs beyond ASCII"}},
     {"REALLoadGlobalMethod",    2016.0, forEver, "status !siz; another device", {"default device"}},
-    // The library makes no memory block, or cannot write to the block that it made.
+    // The library cannot make a memory block, or cannot write to a memory block that it has made.
     {"newMemoryBlock",          always, forEver, noBlockOf4, {"default device", "device properties", "units"}},
     {"newMemoryBlock",          always, forEver, noBlockOf8, {"values in a new block"}},
     {"memoryBlockGetPtr",       always, forEver, noBlockOf4, {"default device", "device properties", "units"}},
     {"memoryBlockGetPtr",       always, forEver, noBlockOf8, {"values in a new block"}},
-    // The library cannot read a block: samples are refused like those of a nil block.
+    // The library cannot read a memory block, and refuses samples as if the memory block were nil.
     {"memoryBlockGetPtr",       always, forEver, "NilObjectException: Memoryblock is nil; 0 queued; silence", {"whole PCM16 blocks", "parts of PCM16 blocks"}},
     {"memoryBlockGetPtr",       always, forEver, "false; 0 queued; silence", {"whole float blocks", "parts of float blocks"}},
     {"memoryBlockGetPtr",       always, forEver, "nil, status !siz; status !siz", {"values in the caller's block"}},
-    // The library sees blocks of 0 bytes: only calls with an explicit size play.
+    // Every memory block seems to have 0 bytes, so only calls with an explicit size play.
     {"memoryBlockGetSize",      always, forEver, "false; 0 queued; silence", {"whole PCM16 blocks", "whole float blocks"}},
     {"memoryBlockGetSize",      always, forEver, "nil, status !siz; status !siz", {"values in the caller's block"}},
-    // The library finds no event handlers.
+    // The library finds no event handlers of a program.
     {"GetEventInstance",        always, forEver, "changes: 0", {"listeners"}},
 };
 // clang-format on
@@ -116,7 +116,7 @@ std::string nameOf(const testing::TestParamInfo<Withheld>& info)
     return info.param.service + "_Host" + std::to_string(int(info.param.version));
 }
 
-/// Every service except "RegisterPluginVersion", in one host version of each range with equal services.
+/// Return all services except "RegisterPluginVersion", each with one host version for each set of services.
 std::vector<Withheld> withholdable()
 {
     std::vector<Withheld> all;
@@ -128,7 +128,7 @@ std::vector<Withheld> withholdable()
     return all;
 }
 
-/// Without classes, every feature is refused.
+/// Without registered classes, every feature is refused.
 std::string expectedResult(const Withheld& withheld, const std::string& feature)
 {
     if (withheld.service == "PluginRegisterClass" && feature != "release of everything") return "refused";

@@ -1,4 +1,4 @@
-// The render path of the buffered player allocates nothing in any state.
+// The audio thread allocates nothing in the buffered player, in any state of the player.
 #include "tests/endtoend/loaded_host.h"
 #include "tests/endtoend/player/watched_io_procs.h"
 #include "tests/support/allocator_hook.h"
@@ -21,7 +21,8 @@ struct PlayerAllocation : testing::Test {
     const allocator_hook::Count count;
 };
 
-/// Render all states of a player: block ends, resampling, underflow, a refused stop, the end.
+/// Render a player in all states: at the ends of blocks, resampling, in an underflow, and at the end of
+/// playback.
 void renderAllStates(LoadedHost& loaded, int channels, float rate, const allocator_hook::Count& count)
 {
     SteppedDevice device(44100, 2, 64);
@@ -33,7 +34,7 @@ void renderAllStates(LoadedHost& loaded, int channels, float rate, const allocat
     const auto block = MemoryBlock::copyOf(std::vector<float>(250, 0.25f));
     for (int i = 0; i < 20; ++i) ASSERT_TRUE(player.call("AddFloatAudio", block).boolean());
     ASSERT_TRUE(player.call("Start").boolean());
-    KVXPlatformSetOutputTap(device.id(), nullptr, nullptr); // the output tap of SteppedDevice allocates
+    KVXPlatformSetOutputTap(device.id(), nullptr, nullptr); // the tap keeps the output, so it allocates
 
     watchIoProcs(true);
     KVXPlatformStep(device.id(), 64 * 300); // render past the end of the queue

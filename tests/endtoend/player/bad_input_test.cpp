@@ -1,4 +1,5 @@
-// Misuse of a buffered player by a host program: calls are refused, nothing leaks, and no memory is overrun.
+// Misuse of a buffered player by a host program: the player refuses the calls, leaks nothing, and overruns no
+// memory.
 #include "tests/endtoend/loaded_host.h"
 #include "tests/endtoend/reference_output.h"
 
@@ -19,7 +20,7 @@ using host::Object;
 constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 constexpr float infinity = std::numeric_limits<float>::infinity();
 
-/// Equal, or both NaN.
+/// Return whether two numbers are equal or both NaN.
 bool isSame(float left, float right) { return left == right || (std::isnan(left) && std::isnan(right)); }
 
 TEST_F(BadInput, AddMethodsRefuseInvalidOffsetsCountsAndBits)
@@ -155,7 +156,7 @@ TEST_F(BadInput, PcmNeedsAValidRateAndChannelCountAndFloatDoesNot)
     }
 }
 
-// Invalid rates are not refused: the arithmetic applies, and the player still stops.
+// The player accepts invalid rates and calculates with them, and still stops.
 TEST_F(BadInput, InvalidRatesPlayAsComputedAndStopWithoutHanging)
 {
     SteppedDevice device(44100, 2, 64);

@@ -1,4 +1,5 @@
-// The output of a device equals the reference player bit for bit, for many block lengths, slices and rates.
+// The output of the buffered player equals that of the reference player bit by bit, for many block lengths,
+// slices and rates.
 #include "tests/endtoend/expected_samples.h"
 #include "tests/endtoend/loaded_host.h"
 #include "tests/endtoend/reference_output.h"
@@ -13,7 +14,7 @@ using namespace endtoend;
 using Interpolation = LoadedHostTest;
 
 struct Fact {
-    int channels; ///< channel count of the player; 2 means stereo blocks
+    int channels; ///< channel count of the player; 2: the queued blocks are stereo
     float sampleRate;
     double deviceRate;
     uint32_t deviceChannels;
@@ -80,7 +81,8 @@ TEST_F(Interpolation, EqualsTheReferencePlayerBitForBit)
 
 TEST_F(Interpolation, ContinuesAfterAnUnderflow)
 {
-    // The position stops during an underflow. When data returns, samples before the position are skipped.
+    // The position stands still during an underflow. When new data is queued, samples before the position are
+    // skipped.
     SteppedDevice device(44100, 2, 64);
     host::Object player = loaded.host.create(playerClass);
     player.set("SampleRate", 30000.0f);
@@ -93,7 +95,7 @@ TEST_F(Interpolation, ContinuesAfterAnUnderflow)
         const support::Sound noise = support::makeNoise(30000, 1, 500, seed);
         ASSERT_TRUE(player.call("PlayFloatAudio", host::MemoryBlock::copyOf(noise.samples)).boolean());
         reference.add(noise.samples);
-        for (int i = 0; i < 20; ++i) { // more frames than are queued
+        for (int i = 0; i < 20; ++i) { // render more frames than the queue has
             ASSERT_EQ(device.step(64), 64u);
             reference.play(64, 2);
         }

@@ -1,5 +1,5 @@
-// Repeated starts and stops of a player on a running paced device. The thread sanitizer finds races between
-// the main thread and the render thread here.
+// Repeated starts and stops of a player on a running paced device, so that the thread sanitizer can find
+// races between the main thread and the render thread.
 #include "tests/endtoend/loaded_host.h"
 #include "tests/support/sanitizers.h"
 
@@ -13,10 +13,10 @@ using Restart = LoadedHostTest;
 using host::MemoryBlock;
 using host::Object;
 
-// Each stop waits 1/60 second, so only the thread sanitizer build runs many rounds.
+// Each stop waits 1/60 s, so only the build with the thread sanitizer runs many rounds.
 constexpr int rounds = support::hasThreadSanitizer ? 1000 : 100;
 
-/// A player on another device. All players share one lock, which this player keeps busy.
+/// A second player, on another device. It often takes the lock that all players share.
 struct OtherPlayer {
     PacedDevice device;
     Object player;
@@ -43,7 +43,7 @@ TEST_F(Restart, OnAPacedDeviceIsFreeOfRaces)
         player.set("NumberOfChannels", 1 + round % 3 / 2);
         ASSERT_TRUE(player.call("AddFloatAudio", samples).boolean());
         ASSERT_TRUE(player.call("Start").boolean()) << round;
-        // The queue may run empty and the player stop by itself at any moment of these calls.
+        // During these calls the queue may become empty at any moment, and the player may stop by itself.
         for (int i = 0; i < 3; ++i) {
             EXPECT_TRUE(player.call("AddFloatAudio", samples, 0, 0, i == 2).boolean());
             EXPECT_GE(player.get("OutputPosition").number(), 0);

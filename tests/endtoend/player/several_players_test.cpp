@@ -1,5 +1,5 @@
-// Several players on one device: the device renders the sum of their samples, added in the order of their
-// starts in single precision, and a stopped player leaves the others unchanged.
+// Several players on one device: the output is the sum of the players' samples, added in the order of the
+// starts in single precision, and the end of one player changes nothing for the others.
 #include "tests/endtoend/expected_samples.h"
 #include "tests/endtoend/loaded_host.h"
 #include "tests/endtoend/reference_output.h"
@@ -20,7 +20,7 @@ using host::Object;
 constexpr std::uint32_t sliceFrames = 64, deviceChannels = 2;
 constexpr float deviceRate = 44100;
 
-/// Samples that differ between players, and whose sums depend on the order of addition.
+/// Return samples that differ between players, and whose sums depend on the order of addition.
 std::vector<float> material(int player, std::size_t count)
 {
     std::vector<float> samples(count);
@@ -32,7 +32,7 @@ std::vector<float> material(int player, std::size_t count)
     return samples;
 }
 
-/// Players with their references, in the order of their starts.
+/// The players on one device, each with a reference player, in the order of their starts.
 class Ensemble {
 public:
     explicit Ensemble(host::Host& host) : host_(host), device_(deviceRate, deviceChannels, sliceFrames) {}
@@ -66,13 +66,14 @@ public:
         member.reference.setNoUnderflow(false);
         member.reference.requestStop();
         const std::size_t before = device_.output().size();
-        member.player.call("Stop"); // waits; the device runs I/O cycles during the wait
+        member.player.call("Stop"); // Stop waits until the device has run I/O cycles
         addExpected((device_.output().size() - before) / deviceChannels);
         EXPECT_FALSE(member.player.get("IsRunning").boolean()) << number;
         EXPECT_EQ(member.player.call("FreeSpace").integer(), 200) << number;
     }
 
-    /// Expect that each player has the state of its reference, and that the output is exactly their sum.
+    /// Expect that each player has the state of its reference player, and that the output is exactly the sum
+    /// of all.
     void check() const
     {
         std::size_t number = 0;
@@ -179,14 +180,14 @@ TEST_F(SeveralPlayers, TenRenderTheirSumWhilePlayersStartAndStop)
     ensemble.start(1, 44100, 900, 2); // start the tenth player
     ensemble.step(640);
     ensemble.check();
-    ensemble.stop(4); // stop a player in the middle of the order
+    ensemble.stop(4); // stop a player that is neither the first nor the last in the order of starts
     ensemble.check();
     ensemble.step(500);
     ensemble.stop(0); // stop the first player, which may have stopped by itself
     ensemble.check();
     ensemble.step(2000);
     ensemble.check();
-    ensemble.stop(3); // stop a player whose queue has been empty for long
+    ensemble.stop(3); // stop a player whose queue became empty long ago
     ensemble.stop(7);
     ensemble.check();
     ensemble.step(100000);

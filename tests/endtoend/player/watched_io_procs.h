@@ -1,13 +1,13 @@
-// Lets the allocator hook watch render threads. This file replaces the platform's functions for I/O
-// procedures in a program that exports its symbols.
+// Counts the allocations inside I/O procedures with the allocator hook. The source replaces the functions of
+// the platform for I/O procedures, in a program that exports its symbols.
 #pragma once
 
 namespace endtoend {
 
-/// Watch each thread during its calls of I/O procedures from now on, or stop.
+/// Start or stop counting the allocations of all threads inside their calls of I/O procedures.
 void watchIoProcs(bool isOn);
 
-/// Get the number of watched calls of I/O procedures since watchIoProcs(true).
+/// Return the number of calls of I/O procedures since watchIoProcs(true).
 int watchedIoProcCalls();
 
 } // namespace endtoend

@@ -1,5 +1,5 @@
-// A sound server that crashes, hangs or starts late: the command ends with one message and leaves no
-// unfinished file, and the listeners of a program are notified.
+// Sound servers that crash, hang or start late: the command ends with one message and leaves no unfinished
+// file, and the platform notifies the listeners of a program.
 #include "tests/endtoend/command/kvx_runner.h"
 #include "tests/endtoend/soundserver/sound_server.h"
 #include "tests/support/sound_samples.h"
@@ -27,7 +27,8 @@ constexpr int rate = 48000;
 
 void pause() { std::this_thread::sleep_for(std::chrono::milliseconds(10)); }
 
-/// A `kvx play` that plays to its own server. The constructor returns when the server receives sound.
+/// A `kvx play` that plays to a sound server of this test. The constructor returns when the server receives
+/// sound.
 struct ServerPlayer {
     ServerPlayer()
     {
@@ -39,9 +40,9 @@ struct ServerPlayer {
                                                    environment, folder.path());
         while (command->isRunning() && !recorder->connectToPlayer()) pause();
         while (command->isRunning() && !recorder->hasSound())
-            pause(); // the stream is connected before it starts
+            pause(); // the stream is connected before the sound starts
     }
-    ~ServerPlayer() { server.kill(); } // closing the recorder would hang on a suspended server
+    ~ServerPlayer() { server.kill(); } // on a suspended server, closing the recorder would hang
 
     SoundServer server{rate};
     support::TemporaryFolder folder;
@@ -70,8 +71,8 @@ TEST(LostSoundServer, EndsPlayWithAMessageWithoutHanging)
     }
 }
 
-// At a logout, kvx closes a stream of a dead server before the server loss is reported. The report may also
-// come first, so the test has several rounds.
+// At a logout, a server and kvx are killed together: kvx may close a stream of a dead server before or after
+// the loss of the server is reported. Several rounds reach both orders.
 TEST(LostSoundServer, AtTheTimeOfASignalLeavesNoUnfinishedFile)
 {
     for (int round = 0; round < 6; ++round) {
@@ -95,7 +96,7 @@ TEST(LostSoundServer, IsReportedByTheDeviceWatch)
     const auto waitForText = [&](const char* text) {
         while (watch.isRunning() && watch.outSoFar().find(text) == std::string::npos) pause();
     };
-    waitForText("Simulated Input"); // the last row of the device table
+    waitForText("Simulated Input"); // wait for the last row of the device table
     server.kill();
     waitForText("no longer alive");
     waitForText("default output: from system (id 2) to Simulated Device");
@@ -147,7 +148,7 @@ OSStatus countNotification(AudioObjectID, UInt32, const AudioObjectPropertyAddre
     return noErr;
 }
 
-/// The live device of the server in the device list, or 0.
+/// Return the device of the sound server if the device list has one that is alive, or 0.
 KVXDeviceID serverDevice()
 {
     std::vector<KVXDeviceInfo> rows(64);
@@ -180,7 +181,7 @@ TEST(LostSoundServer, NewServersAreListedAndTheirLossIsNotified)
     EXPECT_EQ(serverDevice(), 0u);
     const int before = calls;
     while (calls < before + 3)
-        pause(); // the timer runs the I/O cycles of a dead device, so that its procedures can stop
+        pause(); // a timer runs I/O cycles of a dead device, so that I/O procedures can stop
     EXPECT_EQ(AudioDeviceStop(device, countCall), noErr);
     EXPECT_EQ(AudioDeviceRemoveIOProc(device, countCall), noErr);
     EXPECT_EQ(AudioObjectRemovePropertyListener(device, &alive, countNotification, nullptr), noErr);

@@ -26,8 +26,8 @@ bool answers()
 
 } // namespace
 
-// The list of servers on a machine is short, and a killed server stays in the list until a server of the same
-// name starts. So all test servers have one name, and run one at a time.
+// All test servers have one name and run one at a time, because jackd can list few servers on a machine, and
+// lists a killed server until another server of that name starts.
 SoundServer::SoundServer(int sampleRate)
     : lockFile_(open("/tmp/kvx-sound-server.lock", O_CREAT | O_RDWR | O_CLOEXEC, 0666))
 {
@@ -36,7 +36,8 @@ SoundServer::SoundServer(int sampleRate)
     jack_set_error_function(ignoreMessage);
     jack_set_info_function(ignoreMessage);
     // With -S, jackd waits for its clients in each cycle, so a busy machine delays the sound without losing
-    // samples. The server dies with the test, since a remaining server would block all later ones.
+    // samples. setpriv ends the server with the test, because a remaining server would block all later
+    // servers.
     server_ = std::make_unique<support::Child>(
         std::vector<std::string>{"setpriv", "--pdeathsig", "KILL", "jackd", "-S", "-t", "5000", "-r", "-n",
                                  serverName, "-d", "dummy", "-r", std::to_string(sampleRate)});
@@ -56,7 +57,7 @@ SoundServer::~SoundServer()
     server_->send(SIGCONT);
     for (int tries = 0; tries < 100 && server_->isRunning(); ++tries)
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    server_.reset(); // kills a server that still runs
+    server_.reset(); // kills the server if it still runs
     close(lockFile_);
 }
 
@@ -86,7 +87,8 @@ Recorder::~Recorder() { jack_client_close(client_); }
 
 int Recorder::sampleRate() const { return int(jack_get_sample_rate(client_)); }
 
-// The connections of the playback ports identify the stream; clients also create temporary ports.
+// The ports that are connected to the playback ports belong to the stream; clients also create temporary
+// ports.
 bool Recorder::connectToPlayer()
 {
     const char* const playbackPorts[2] = {"system:playback_1", "system:playback_2"};

@@ -1,5 +1,5 @@
-// A private sound server (jackd with its dummy driver), and a client that records the output of another
-// client.
+// A sound server for tests (jackd with the dummy driver), and a client of the server that records the output
+// of another client.
 #pragma once
 
 #include "tests/support/child_process.h"
@@ -15,25 +15,26 @@ namespace endtoend {
 
 class SoundServer {
 public:
-    /// Start the server, and wait until it accepts clients. Throws std::runtime_error after 10 seconds.
+    /// Start the server, and wait until the server accepts clients.
+    /// Errors  throws std::runtime_error after 10 seconds.
     explicit SoundServer(int sampleRate);
     ~SoundServer();
 
-    /// End the server like a crash.
+    /// Kill the server process, as a crash does.
     void kill();
 
-    /// Suspend the server process: it exists, but does not answer.
+    /// Suspend the server process: the process exists, but does not answer.
     void suspend();
 
-    /// The environment of programs that use this server and start no other.
+    /// Return environment variables with which a program uses this server and starts no other server.
     support::Child::Environment environment() const;
 
 private:
-    int lockFile_; // file descriptor of a lock that is held while this server runs
+    int lockFile_; // file descriptor of a file lock that is held while the server runs
     std::unique_ptr<support::Child> server_;
 };
 
-/// Records the signals of the first two playback ports of the server.
+/// Records the sound that reaches the first two playback ports of the server.
 class Recorder {
 public:
     explicit Recorder(double maximumSeconds);
@@ -41,13 +42,14 @@ public:
     Recorder(const Recorder&) = delete;
     Recorder& operator=(const Recorder&) = delete;
 
-    /// Connect to the client that plays, if there is one. Returns true when both channels are connected.
+    /// Connect to the client that plays, if there is one.
+    /// Returns  true when both channels are connected.
     bool connectToPlayer();
 
-    /// Whether a non-zero sample has arrived, even after the end of the recording.
+    /// Return whether a sample other than zero has arrived, also after the end of the recording.
     bool hasSound() const { return hasSound_; }
 
-    /// The recorded samples, interleaved stereo.
+    /// Return the recorded samples as interleaved stereo.
     std::vector<float> samples() const;
     int sampleRate() const;
 
@@ -57,8 +59,7 @@ private:
     jack_client_t* client_ = nullptr;
     jack_port_t* ports_[2] = {};
     bool isConnected_[2] = {};
-    std::vector<float>
-        samples_; // allocated for the whole recording; written by the thread of the server's client
+    std::vector<float> samples_; // samples, allocated before the recording; a thread of JACK writes them
     std::atomic<std::size_t> count_{0};
     std::atomic<bool> hasSound_{false};
 };

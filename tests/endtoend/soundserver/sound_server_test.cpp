@@ -1,5 +1,4 @@
-// `kvx play` through PortAudio to a real sound server: a recording of the stream equals the file, sample for
-// sample.
+// `kvx play` through PortAudio to a real sound server: the recorded stream equals the file, sample by sample.
 #include "tests/endtoend/command/kvx_runner.h"
 #include "tests/endtoend/expected_samples.h"
 #include "tests/endtoend/soundserver/sound_server.h"
@@ -16,7 +15,7 @@ using namespace endtoend;
 
 constexpr int rate = 48000;
 
-/// A sweep after eight seconds of silence, in which the recorder connects to the player.
+/// Return a sweep after eight seconds of silence. The recorder connects to the player during the silence.
 support::Sound makeDelayedSweep()
 {
     support::Sound sound = support::makeSweep(rate, 2, rate * 4);

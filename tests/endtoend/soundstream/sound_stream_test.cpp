@@ -1,5 +1,5 @@
-// A classic sound client and the sound component of the library, in one process: mixed sources, source
-// commands, several instances, and released objects.
+// A classic sound client and the sound component of the library in one process: mixed sources, commands to
+// single sources, several component instances, and released objects.
 #include "host/kvx/library/library.h"
 #include "host/kvx/play/classic_play.h"
 #include "host/soundclient/sound_output.h"
@@ -23,7 +23,8 @@ constexpr double pi = 3.14159265358979323846;
 
 std::uint16_t swapBytes(std::uint16_t bits) { return std::uint16_t(bits << 8 | bits >> 8); }
 
-/// The interleaved 16-bit samples of the mixer. The converter after the mixer swaps their bytes.
+/// The interleaved 16-bit samples that the mixer renders. The converter after the mixer swaps the bytes of
+/// each sample.
 std::vector<int> mixerSamples(const std::vector<float>& rendered)
 {
     std::vector<int> values;
@@ -34,7 +35,7 @@ std::vector<int> mixerSamples(const std::vector<float>& rendered)
     return values;
 }
 
-/// A buffer of samples, described by a parameter block.
+/// A buffer of samples, with the parameter block that describes the buffer to the component.
 struct Buffer {
     std::vector<std::uint8_t> bytes;
     SoundParamBlock block = {};
@@ -70,10 +71,10 @@ struct Buffer {
     Buffer(const Buffer&) = delete;
 };
 
-/// The library with its registered component, a client that has opened it, and a stepped device.
+/// The library with the registered component, a client that has opened the component, and a stepped device.
 struct ClassicClient : testing::Test {
     const std::uint32_t convertersBefore =
-        support::liveObjects("AudioConverter"); // converters of earlier tests in this process
+        support::liveObjects("AudioConverter"); // number of converters of earlier tests
     SteppedDevice device;
     kvx::Library library{options()};
     std::unique_ptr<kvx::SoundComponent> bridge;
@@ -100,7 +101,7 @@ struct ClassicClient : testing::Test {
         return options;
     }
 
-    /// Render the next frames. Returns the samples of the mixer.
+    /// Render the next frames, and return the samples of the mixer.
     std::vector<int> render(std::uint32_t frames)
     {
         device.clearOutput();
@@ -133,7 +134,7 @@ TEST_F(ClassicClient, SumsSourcesAtTheirVolumes)
     first.block.rightVolume = 0x40;
     Buffer second(k16BitLittleEndianFormat, 2, 16, 44100, two);
     const soundclient::Source a = output->addSource(), b = output->addSource();
-    // The volume of the second source: left a quarter, right silent.
+    // The second source has a quarter of its volume on the left channel, and is silent on the right channel.
     ASSERT_EQ(SoundComponentSetInfo(output->instance(), b, siVolume, reinterpret_cast<void*>(0x00000040)),
               noErr);
     output->play(a, first.block);
@@ -279,8 +280,8 @@ TEST_F(ClassicClient, RendersTheInstanceOpenedLast)
     EXPECT_EQ(render(1024), two);
 }
 
-// The host program unregisters the component while the client has it open. The client is silent, and can
-// close.
+// If the host program unregisters the component while a client has it open, the client's output is silent,
+// and the client can close the component.
 TEST_F(ClassicClient, ClosesAfterTheHostProgramUnregisteredTheComponent)
 {
     Buffer buffer(kTwosComplement, 2, 16, 44100, ramp(20000, 1, 3));
@@ -290,7 +291,7 @@ TEST_F(ClassicClient, ClosesAfterTheHostProgramUnregisteredTheComponent)
     EXPECT_EQ(device.step(1024), 0u) << "the device is stopped";
     EXPECT_EQ(output->form().bits, 16);
     output.reset();
-    // A component that is unregistered while open stays in the list of the platform.
+    // A component that was open when it was unregistered stays in the platform's list of components.
     ComponentDescription wanted = {kSoundOutputDeviceType, kvx::componentSubType, kvx::componentManufacturer,
                                    0, 0};
     const Component left = FindNextComponent(nullptr, &wanted);
