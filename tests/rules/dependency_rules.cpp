@@ -11,7 +11,8 @@ namespace {
 
 using Names = std::vector<std::string_view>;
 
-/// The headers that the files of a folder may include. If two rules match a file, the longer folder applies.
+/// The headers that the files of a folder may include. If several rules match a file, the rule with the
+/// longest folder applies.
 struct FolderRule {
     std::string_view folder; ///< a prefix of the file's path
     Names folders;           ///< allowed prefixes of quoted includes
@@ -20,7 +21,7 @@ struct FolderRule {
     const Names* libraries;  ///< allowed prefixes of library headers; null allows all
 };
 
-// Headers that need no more of the C++ run-time library than the oldest system has.
+// Standard headers that need no more of the C++ run-time library than the oldest supported Mac system has.
 const Names headerOnly = {
     "algorithm",        "array",       "atomic",   "cassert",     "cfloat",   "climits", "cmath",
     "cstdarg",          "cstddef",     "cstdint",  "cstdio",      "cstdlib",  "cstring", "exception",
@@ -61,7 +62,8 @@ const std::vector<FolderRule>& folderRules()
 {
     // clang-format off
     static const std::vector<FolderRule> table = {
-        // folder                       folders                                           standard      platform     libraries
+        // folder                       folders                                           standard
+        // platform     libraries
         {"abi/",                        {"abi/"},                                         &fixedWidth,  {},          &none},
         {"plugin/",                     {"abi/", "plugin/"},                              &headerOnly,  frameworks,  &none},
         {"coreaudio/",                  {"abi/", "plugin/", "coreaudio/"},                &headerOnly,  frameworks,  &none},
@@ -125,7 +127,7 @@ const FolderRule* ruleFor(const std::string& file)
     return found;
 }
 
-// C++ library headers have no extension; the list names the C and system headers.
+// Headers of the C++ library have no extension, so the list names only C and system headers.
 bool isStandard(const std::string& target)
 {
     static const Names system = {

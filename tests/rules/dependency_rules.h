@@ -1,5 +1,5 @@
-// The dependency rules: a table of the headers that each folder may include. They keep the plug-in, the host
-// and the platform separate, so that each works with the real counterpart of the others.
+// The dependency rules: a table of the headers that each folder may include. The rules keep the plug-in, the
+// host and the platform separate, so that the plug-in also works with a real host and on a real Mac.
 #pragma once
 
 #include <string>
@@ -15,10 +15,10 @@ struct Include {
     bool isQuoted = false;
 };
 
-/// The include directives in the text of `file`. Directives in comments do not count.
+/// Return the include directives in the text of `file`, without those in comments.
 std::vector<Include> includesOf(const std::string& file, const std::string& text);
 
-/// The rule that `include` violates, as a sentence; empty if the folder may include the header.
+/// Return the rule that `include` violates, as a sentence; empty if the folder may include the header.
 std::string violationOf(const Include& include);
 
 } // namespace rules

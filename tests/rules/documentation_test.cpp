@@ -9,7 +9,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The repository paths in a document: its link targets, and its inline code that has the form of a path.
+/// Return the repository paths in a document: link targets, and inline code that has the form of a path.
 std::vector<std::string> pathsIn(const std::string& text)
 {
     std::vector<std::string> paths;
@@ -24,7 +24,7 @@ std::vector<std::string> pathsIn(const std::string& text)
     return paths;
 }
 
-/// Builds and programs create these files; the repository does not contain them.
+/// Return whether a build or a program creates the file, so that the repository does not contain it.
 bool isGenerated(const std::string& path) { return path.rfind("build/", 0) == 0; }
 
 bool exists(const std::string& document, const std::string& path)

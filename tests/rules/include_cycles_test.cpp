@@ -1,4 +1,4 @@
-// Checks that no unit and no folder of the tree includes itself through others.
+// Checks that the tree has no include cycles between units (a header and its source) or between folders.
 #include "tests/rules/include_graph.h"
 #include "tests/rules/source_tree.h"
 

@@ -12,7 +12,8 @@ namespace fs = std::filesystem;
 
 std::string unitOf(const fs::path& file) { return (file.parent_path() / file.stem()).generic_string(); }
 
-/// Follow the includes of `name`, depth first; `path` is the chain of names that led to it.
+/// Follow the includes of the unit or folder `name`, depth first. `path` is the chain of includes that led to
+/// `name`.
 std::vector<std::string> cycleThrough(const IncludeGraph& graph, const std::string& name,
                                       std::vector<std::string> path, std::set<std::string>& done)
 {
@@ -50,7 +51,7 @@ IncludeGraph foldersOf(const IncludeGraph& units)
         for (const std::string& include : includes) {
             const fs::path from = fs::path(unit).parent_path(), to = fs::path(include).parent_path();
             const auto [a, b] = std::mismatch(from.begin(), from.end(), to.begin(), to.end());
-            if (a == from.end() || b == to.end()) continue; // these folders are no siblings
+            if (a == from.end() || b == to.end()) continue; // one folder contains the other
             fs::path common;
             for (auto each = from.begin(); each != a; ++each) common /= *each;
             folders[(common / *a).generic_string()].insert((common / *b).generic_string());

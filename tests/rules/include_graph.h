@@ -10,17 +10,19 @@
 
 namespace rules {
 
-/// Names, each with the names that it includes.
+/// Names of units or folders, each with the names of those that it includes.
 using IncludeGraph = std::map<std::string, std::set<std::string>>;
 
-/// The include graph of units. A header and the source with the same name are one unit, named by its path
-/// without extension. Platform headers have public names, but count as files of platform/include.
+/// Return the include graph of units. A unit is a header with its source, and has their path without
+/// extension as name. Public platform headers, such as <CoreAudio/CoreAudio.h>, count as files of
+/// platform/include.
 IncludeGraph unitsOf(const std::vector<Include>& includes);
 
-/// The include graph of sibling folders. A folder includes its subfolders.
+/// Return the include graph of folders with the same parent folder. The includes of a subfolder count for its
+/// parent.
 IncludeGraph foldersOf(const IncludeGraph& units);
 
-/// The names on one cycle, with the first name repeated at the end; empty if the graph has no cycle.
+/// Return the names on one cycle, with the first name repeated at the end; empty if the graph has no cycle.
 std::vector<std::string> cycleIn(const IncludeGraph& graph);
 
 } // namespace rules

@@ -46,7 +46,8 @@ struct CrossBuild : support::TemporaryFolder {
                 .out);
     }
 
-    // Keeps compiler options of the environment out of the generated commands.
+    // Environment that keeps a compiler launcher and compiler options of the user out of the generated
+    // commands.
     const support::Child::Environment plainCompiler = {{"CMAKE_C_COMPILER_LAUNCHER", ""},
                                                        {"CMAKE_CXX_COMPILER_LAUNCHER", ""},
                                                        {"CFLAGS", ""},
@@ -174,7 +175,7 @@ TEST(MacosCross, ReportsUnusableInputsInOneLine)
     };
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.message);
-        fs::remove_all(build / "build"); // otherwise CMake would use the cached options of the previous row
+        fs::remove_all(build / "build"); // because CMake would use the cached options of the previous row
         const auto refused = build.configure(fact.options);
         EXPECT_EQ(refused.exitCode, 1);
         EXPECT_NE(refused.err.find("   " + fact.message + "\n"), std::string::npos) << refused.err;

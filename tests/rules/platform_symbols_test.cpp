@@ -1,5 +1,5 @@
-// Checks the exports of the platform library. A public header declares each of them, and each has a caller in
-// the tree or a row in the table below.
+// Checks the exports of the platform library: a public header declares each export, and each export has a
+// caller in the tree or a row in the table below.
 #include "tests/rules/elf_file.h"
 #include "tests/rules/source_tree.h"
 
@@ -66,7 +66,8 @@ TEST(PlatformSymbols, IncludeEveryControlFunction)
     EXPECT_GT(declared, 15);
 }
 
-/// The dynamic symbols, defined or not, of the plug-in, the command and the examples.
+/// Return the names of all dynamic symbols of the plug-in, the command and the examples, defined there or
+/// not.
 std::set<std::string> symbolsOfCallers()
 {
     std::vector<std::string> callers = {KVX_BINARY_DIR "/KVXAudio.so", KVX_BINARY_DIR "/kvx"};
@@ -146,7 +147,7 @@ TEST(PlatformSymbols, AreCalledInTheTreeOrListedWithAReason)
     EXPECT_GT(exported.size(), uncalled.size() + 50) << "the callers were not read";
 }
 
-// The plug-in detects an older system by the lack of these two functions.
+// On an older system these two functions are missing, and the plug-in works without them.
 TEST(PlatformSymbols, OfTheOlderPlatformLackTwoFunctions)
 {
     std::set<std::string> names = rules::exportsOf(platformPath);

@@ -1,5 +1,6 @@
-// Checks the exported and the imported symbols of the plug-in. The oldest system has only a small part of the
-// C++ library, so a list names the allowed C++ imports; all other imports are platform functions or plain C.
+// Checks the exported and the imported symbols of the plug-in. The oldest supported Mac system has only a
+// small part of the C++ library, so a list names the allowed C++ imports; all other imports are platform
+// functions or plain C.
 #include "tests/rules/elf_file.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +15,7 @@ const char* const libraryPath = KVX_BINARY_DIR "/KVXAudio.so";
 const char* const platformPath = KVX_BINARY_DIR "/libkvxplatform.so";
 
 // The C++ run-time library of the oldest system: plain new and delete, exception support, and type
-// information of the standard exceptions. It has no sized or aligned forms of new and delete.
+// information of the standard exceptions. That library has no sized or aligned forms of new and delete.
 const std::regex allowedRuntime(
     "_Zn[wa][jm](RKSt9nothrow_t)?|_Zd[la]Pv(RKSt9nothrow_t)?|_ZSt7nothrow|_ZSt9terminatev"
     "|__gxx_personality_v0|_Unwind_Resume"
@@ -42,7 +43,7 @@ const std::set<std::string> allowedPlainC = {
     // background threads
     "pthread_attr_destroy", "pthread_attr_init", "pthread_attr_setstacksize", "pthread_create",
     "pthread_detach", "pthread_join",
-    // render scope of the sound bridge: the rendering thread, and the wait for its end
+    // render scope of the sound bridge: identity of the render thread, and the wait for a render call
     "pthread_self", "sched_yield", "nanosleep",
     // blocks
     "_Block_object_assign", "_Block_object_dispose", "_NSConcreteStackBlock"};

@@ -1,5 +1,5 @@
-// Tests the scripts `run`, `setup` and `check-text`. Each test copies its script into a temporary folder,
-// with fake programs in place of those that would change the machine.
+// Tests the scripts `run`, `setup` and `check-text`. Each test copies one script into a temporary folder,
+// with fake programs in place of programs that would change the machine.
 #include "tests/rules/source_tree.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
@@ -84,7 +84,7 @@ TEST(CheckText, SkipsTheGitFolderIfGitCannotReadTheRepository)
     EXPECT_NE(bad.err.find("letter.txt"), std::string::npos) << bad.err;
 }
 
-// The literals are in two parts, so that this file contains no forbidden word.
+// The string literals are in two parts, so that this file contains no forbidden word.
 TEST(CheckText, FindsForbiddenWordsInTextsAndPaths)
 {
     const struct {
@@ -131,7 +131,7 @@ TEST(CheckText, FindsForbiddenWordsInTextsAndPaths)
             << result.err;
 }
 
-// A machine without any package. The first `failures` installations fail.
+// A simulated machine without any package. The first `failures` attempts to install packages fail.
 struct BareMachine : ScriptTree {
     explicit BareMachine(int failures) : ScriptTree("setup")
     {
@@ -180,7 +180,7 @@ TEST(Setup, UpdatesThePackageListsAndRetriesOnceAfterAFailure)
     }
 }
 
-// The fake command prints its arguments.
+// In this test the command kvx is a script that prints its arguments.
 TEST(Run, WritesIntoTheBuildFolderFromAnyCurrentFolder)
 {
     const support::TemporaryFolder tree;

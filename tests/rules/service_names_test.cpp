@@ -1,5 +1,5 @@
-// Checks that the plug-in spells the name of each host service in one place. A second spelling could contain
-// a typing error that no other test finds, because the plug-in silently does without unknown services.
+// Checks that the plug-in spells the name of each host service in one place. No other test finds a typing
+// error in a second spelling, because the plug-in reports no error for an unknown service.
 #include "tests/rules/source_tree.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ bool isInThePlugin(const std::string& path)
                        [&](const char* folder) { return path.rfind(folder, 0) == 0; });
 }
 
-/// All string literals, without the names of included files.
+/// Return all string literals in a source text, without the names of included files.
 std::vector<std::string> literalsIn(const std::string& text)
 {
     static const std::regex quoted("\"((?:[^\"\\\\\n]|\\\\.)*)\"");
@@ -46,7 +46,7 @@ Owners ownersOfServices()
     return owners;
 }
 
-/// The service names that a file spells although another file owns them.
+/// Return the service names that a file spells although only another file may spell them.
 std::vector<std::string> secondSpellingsIn(const std::string& path, const std::string& text,
                                            const Owners& owners)
 {

@@ -1,4 +1,4 @@
-// The files of the repository, as the tests in this folder read them.
+// Lists and reads the files of the repository for the tests in this folder.
 #pragma once
 
 #include <filesystem>
@@ -7,16 +7,16 @@
 
 namespace rules {
 
-/// The root folder of the repository. Paths in this folder's functions are relative to it.
+/// Return the root folder of the repository. All paths in tests/rules are relative to the root folder.
 std::filesystem::path root();
 
-/// The paths of all files, sorted, without those in the build and version-control folders.
+/// Return the sorted paths of all files, without files in the build and version-control folders.
 std::vector<std::string> files();
 
-/// True for C and C++ sources and headers, by file name.
+/// Return whether the file name is that of a C or C++ source or header.
 bool isSource(const std::string& path);
 
-/// The whole content of a file.
+/// Return the whole content of a file.
 std::string read(const std::string& path);
 
 std::vector<std::string> lines(const std::string& text);

@@ -117,8 +117,8 @@ std::string queued(const Object& player)
     return std::to_string(200 - player.call("FreeSpace").integer()) + " queued";
 }
 
-/// Start the player. Expect the samples on both channels, then silence; the position counts slices with
-/// samples.
+/// Start the player. Expect the samples on both channels, then silence, and a position that counts only
+/// slices with samples.
 void expectPlayed(Session& session, Steps& steps, const Object& player, const std::vector<float>& expected)
 {
     session.device.clearOutput();
