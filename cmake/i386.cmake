@@ -1,4 +1,4 @@
-# The toolchain of the product: the installed clang, for 32-bit x86.
+# The toolchain of the product and of the presets i386…: the installed clang, for 32-bit x86.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR i386)
 set(CMAKE_C_COMPILER clang)

@@ -5,12 +5,12 @@ set(CMAKE_CXX_STANDARD 17)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
-set(CMAKE_CXX_COMPILE_OPTIONS_PIE -fPIC) # programs share precompiled headers with libraries
+set(CMAKE_CXX_COMPILE_OPTIONS_PIE -fPIC) # because programs share precompiled headers with libraries
 set(CMAKE_C_VISIBILITY_PRESET hidden)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 
-# All artefacts have fixed names at the top of the build folder.
+# Libraries and programs lie directly in the build folder, under fixed names.
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
@@ -19,17 +19,17 @@ set(CMAKE_BUILD_RPATH "$ORIGIN")
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wunused -Werror
                     -Wno-four-char-constants -fblocks -ffp-contract=off)
 if(CMAKE_LIBRARY_ARCHITECTURE STREQUAL "i386-linux-gnu" OR KVX_MAC)
-  add_compile_options(-msse3 -mfpmath=sse)   # not x87: results must be bit-identical
+  add_compile_options(-msse3 -mfpmath=sse)   # SSE and not x87, because results must be bit-identical
 endif()
 if(KVX_MAC)
-  add_compile_options(-Wno-deprecated-declarations) # the platform's calls of 10.6 are deprecated in later headers
+  add_compile_options(-Wno-deprecated-declarations) # later system headers deprecate functions of 10.6
 endif()
 
 if(KVX_SANITIZE)
   add_compile_options(-fsanitize=${KVX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${KVX_SANITIZE})
   if(KVX_SANITIZE MATCHES "thread")
-    # The blocks run-time calls these two functions; a program with the sanitizer does not export them by default.
+    # The blocks run-time calls these two functions, which a program with the sanitizer does not export by default.
     add_link_options(LINKER:--export-dynamic-symbol=__tsan_ignore_thread_begin
                      LINKER:--export-dynamic-symbol=__tsan_ignore_thread_end)
   endif()
@@ -45,7 +45,7 @@ if(NOT KVX_MAC)
   find_package(PkgConfig REQUIRED)
 endif()
 
-# kvx_package(NAME PACKAGE…): the imported target kvx::NAME of pkg-config packages. Several folders may request one.
+# kvx_package(NAME PACKAGE…): make the target kvx::NAME for pkg-config packages, if no other folder has made it.
 function(kvx_package name)
   if(TARGET kvx::${name})
     return()
@@ -54,8 +54,8 @@ function(kvx_package name)
   add_library(kvx::${name} ALIAS PkgConfig::${name})
 endfunction()
 
-# kvx::blocks: the blocks run-time, part of the system on a Mac. Its 64-bit package cannot be installed together with
-# the 32-bit one, so `scripts/setup --all` unpacks the 64-bit package into the build folder.
+# kvx::blocks: the blocks run-time, which is part of the system on a Mac. Its 64-bit and 32-bit packages cannot be
+# installed together, so `scripts/setup --all` unpacks the 64-bit package into the build folder.
 add_library(kvx_blocks INTERFACE)
 add_library(kvx::blocks ALIAS kvx_blocks)
 if(NOT KVX_MAC)
@@ -67,21 +67,21 @@ if(NOT KVX_MAC)
   target_link_libraries(kvx_blocks INTERFACE ${KVX_BLOCKS_RUNTIME})
 endif()
 
-# Sanitizer suppressions for tests and their child processes: leaks of third-party libraries.
+# Tests and their child processes run with suppressions of sanitizer reports about third-party libraries.
 if(KVX_SANITIZE MATCHES "thread")
   set(KVX_TEST_SANITIZERS "TSAN_OPTIONS=set:suppressions=${PROJECT_SOURCE_DIR}/tests/thread_leaks_of_others.txt:print_suppressions=0")
 else()
   set(KVX_TEST_SANITIZERS "LSAN_OPTIONS=set:suppressions=${PROJECT_SOURCE_DIR}/tests/leaks_of_others.txt:print_suppressions=0")
 endif()
 
-# kvx_precompile(TARGET HEADERS…): compile these headers once for all sources of the target.
+# kvx_precompile(TARGET HEADERS…): precompile these headers for all sources of the target.
 function(kvx_precompile target)
   target_precompile_headers(${target} PRIVATE ${ARGN})
-  target_compile_options(${target} PRIVATE "SHELL:-Xclang -fno-pch-timestamp") # equal headers give an equal file
+  target_compile_options(${target} PRIVATE "SHELL:-Xclang -fno-pch-timestamp") # no timestamp, so that equal headers give an equal file
 endfunction()
 
-# kvx_test_library(NAME STATIC|OBJECT SOURCES … [LIBRARIES …]): sources that several test programs share. Programs take
-# what they use of a STATIC library; an OBJECT library replaces functions of the libraries below it.
+# kvx_test_library(NAME STATIC|OBJECT SOURCES … [LIBRARIES …]): a library of sources that several test programs share.
+# A program links only the used parts of a STATIC library, and all objects of an OBJECT library, such as a spy.
 function(kvx_test_library name type)
   cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
   add_library(${name} ${type} ${arg_SOURCES})
@@ -90,8 +90,8 @@ function(kvx_test_library name type)
 endfunction()
 
 # kvx_test(NAME [EXPORTS] SOURCES … [LIBRARIES …] [LOCK name]): one GoogleTest program. CTest runs each test in a separate
-# process, so that process-wide state is fresh, and tests with the same LOCK one at a time. The functions of a program
-# with EXPORTS replace those of the shared libraries. Tests play to the simulated device unless they choose another.
+# process, so that process-wide state is fresh, and never runs two tests with the same LOCK at once. With EXPORTS,
+# functions of the program replace functions of shared libraries. Tests play to the simulated device by default.
 function(kvx_test name)
   cmake_parse_arguments(arg "EXPORTS" "LOCK" "SOURCES;LIBRARIES" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
@@ -103,7 +103,7 @@ function(kvx_test name)
   set(properties TIMEOUT 120 ENVIRONMENT KVX_AUDIO_DEVICE=simulated
                  ENVIRONMENT_MODIFICATION ${KVX_TEST_SANITIZERS})
   if(arg_LOCK)
-    list(APPEND properties RESOURCE_LOCK ${arg_LOCK} COST 100) # start the longest sequence of tests first
+    list(APPEND properties RESOURCE_LOCK ${arg_LOCK} COST 100) # CTest starts tests of high COST first: this is the longest sequence
   endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
 endfunction()

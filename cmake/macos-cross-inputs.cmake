@@ -1,5 +1,5 @@
-# The user's inputs to the preset macos-cross. This file runs before project(), so that CMake prints nothing but the
-# message about a wrong input.
+# The variables that a user of the preset macos-cross must set. This file runs before project(), so that CMake prints only
+# the message if a variable is wrong.
 set(KVX_MAC_SDK "" CACHE PATH "The SDK of the oldest supported system, MacOSX10.6.sdk")
 set(KVX_LD64 "" CACHE FILEPATH "A linker for 32-bit Mach-O, ld64")
 set(KVX_LIBCXX_HEADERS /usr/lib/llvm-14/include/c++/v1 CACHE PATH "The C++ library's headers; those of 10.6 predate C++17")

@@ -1,4 +1,4 @@
-# The toolchain on a Mac. It builds only the plug-in folders, with the system's frameworks; Linux cannot run it.
+# The toolchain on a Mac, for the preset macos. It builds only the plug-in folders, with the system's frameworks.
 set(KVX_MAC ON)
 set(CMAKE_OSX_ARCHITECTURES i386)
 set(CMAKE_OSX_DEPLOYMENT_TARGET 10.6)

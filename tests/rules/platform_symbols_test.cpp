@@ -79,8 +79,8 @@ std::set<std::string> symbolsOfCallers()
     return names;
 }
 
-// The exports that no caller in the tree uses, with the reason why the library has them. An export without
-// such a reason must be removed instead.
+// The exports without a caller in the tree, each with the reason why the library has the export. Remove an
+// export that has no such reason.
 const std::map<std::string, std::string> exportsWithoutCaller = {
     // clang-format off
     {"AUGraphClose",                        "reverses AUGraphOpen"},
