@@ -131,7 +131,7 @@ REPLACEMENT void free(void* memory)
 REPLACEMENT int pthread_mutex_lock(pthread_mutex_t* mutex)
 {
     using Lock = int (*)(pthread_mutex_t*);
-    static Lock real = nullptr; // the first lock, before any thread is watched, sets it
+    static Lock real = nullptr; // set by the first lock of the program, before any thread is watched
     if (!real) real = reinterpret_cast<Lock>(dlsym(RTLD_NEXT, "pthread_mutex_lock"));
     if (isThreadWatched) ++lockCount;
     return real(mutex);
@@ -139,7 +139,7 @@ REPLACEMENT int pthread_mutex_lock(pthread_mutex_t* mutex)
 
 #endif
 
-#if !__has_feature(thread_sanitizer) // a program cannot replace the operator new of that sanitizer
+#if !__has_feature(thread_sanitizer) // the thread sanitizer allows no other operator new
 
 namespace {
 

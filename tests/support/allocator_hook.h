@@ -7,7 +7,7 @@
 
 namespace allocator_hook {
 
-/// Start or stop counting the allocations, frees and mutex locks of the current thread: it is watched then.
+/// Start or stop watching the current thread: counting its allocations, frees and mutex locks.
 void watchThisThread(bool isWatched);
 
 /// The number of calls that the watched threads have made since the construction of the Count object.

@@ -115,7 +115,7 @@ void* __wrap_calloc(std::size_t count, std::size_t size)
     record(line.text());
     if (ring() || (!takeOne(callocsToPass) && takeOne(callocsToRefuse))) return nullptr;
     void* memory = __real_calloc(count, size);
-    if (memory && !replaceBlock(nullptr, memory)) std::abort(); // the table of blocks is full
+    if (memory && !replaceBlock(nullptr, memory)) std::abort(); // no free entry in the table of blocks
     return memory;
 }
 

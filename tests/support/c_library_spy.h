@@ -16,7 +16,7 @@ void begin();
 /// Stop recording and return the recorded calls: "calloc 8", "free", "lock", "lock refused", "unlock".
 std::vector<std::string> end();
 
-/// Return the mutex that the recorded thread locked last, or null if it locked none since begin().
+/// Return the mutex that the recorded thread locked last, or null without a lock since begin().
 const void* lastLock();
 
 /// Make the next `count` calls of calloc return null, on any thread.

@@ -1,6 +1,5 @@
 // Counts the pthread_detach calls of a program that is linked with LINKER:--wrap=pthread_detach. Under the
-// thread sanitizer, pthread_detach has no effect then, because the sanitizer ends a program that detaches a
-// joined thread.
+// thread sanitizer the calls are only counted, because it ends a program that detaches a joined thread.
 #pragma once
 
 namespace support {

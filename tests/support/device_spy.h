@@ -23,8 +23,7 @@ Platform& platform();
 /// Restore the initial platform, and forget all calls and scripted results.
 void reset();
 
-/// An I/O procedure that the player has added and not removed. installed() returns them in the order of
-/// adding.
+/// An I/O procedure that the player has added and not removed. installed() returns all, first added first.
 struct Installed {
     AudioDeviceID device;
     AudioDeviceIOProc procedure;

@@ -1,5 +1,5 @@
 // A host in memory for tests of the plug-in's functions, with real values, reference counts and all services.
-// The fake host shares no code with host/runtime, so that an error in one of the two hosts does not hide.
+// The fake host shares no code with the host in host/runtime, so that one error cannot be in both hosts.
 //
 // The host records every look-up and every call, in order. A look-up is recorded as "? REALBuildString", or
 // as "? X: none" if the host has no such service; a call as `REALBuildString("abc", 3) = s1`. Values have
@@ -66,8 +66,8 @@ public:
 
     // ---- the behaviour of the host ----
 
-    /// Result of REALGetRBVersion. The version decides only whether values have wrong fields; all services
-    /// exist.
+    /// Result of REALGetRBVersion. From 2016.0 on, the fields of values hold wrong contents. The version
+    /// removes no service.
     double version;
     bool isBuiltProgram = true;
     bool recordsCalls = true;                     ///< whether calls are recorded; look-ups always are
@@ -78,7 +78,7 @@ public:
     ElementType directGet = ElementType::integer; ///< element type of "RuntimeArrayDirectGetGetProc"
     std::optional<HostInteger> claimedLength;     ///< result of "LenB" instead of the real length
     Word dataOffset = 0;                          ///< offset that a registration writes into the definition
-    bool itemsExist = true;                       ///< false: only the parent folder of a folder item exists
+    bool itemsExist = true;                       ///< whether folder items exist, or only their parents
     std::u16string itemName = u"song.wav";        ///< name of every folder item
     /// Length that the host reports for a folder item's name instead of the real length, in UTF-16 units.
     std::optional<std::uint16_t> claimedNameUnits;

@@ -117,8 +117,9 @@ struct Services {
     }
 };
 
-/// Find a service by name, each function in one of the files fake_host_objects, _text and _arrays.
-/// Returns  null if the file has no service of that name.
+/// Find a service by name, among those for the host and its objects, for strings, or for memory blocks and
+/// arrays.
+/// Returns  null if there is no service of that name.
 AnyFunction findHostService(const std::string& name);
 AnyFunction findTextService(const std::string& name);
 AnyFunction findArrayService(const std::string& name);

@@ -1,4 +1,4 @@
-// How a program ends that calls a function through a null pointer: the arguments for EXPECT_EXIT.
+// Arguments for EXPECT_EXIT, for a program that must end by a call through a null pointer.
 #pragma once
 
 #include "tests/support/sanitizers.h"
@@ -8,7 +8,7 @@
 
 namespace support {
 
-/// Return whether the wait status is that of a program that SIGSEGV, or a sanitizer's handler of it, ended.
+/// Return whether a wait status says that SIGSEGV, or a sanitizer that caught the signal, ended the program.
 inline bool endedByNullCall(int status)
 {
     if (hasAddressSanitizer || hasThreadSanitizer) return WIFEXITED(status) && WEXITSTATUS(status) != 0;

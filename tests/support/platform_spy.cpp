@@ -11,7 +11,7 @@ namespace {
 
 struct State {
     std::map<const void*, std::string> names;
-    std::deque<Object> objects; // a deque, because it does not move the objects
+    std::deque<Object> objects; // a deque, because a deque does not move its objects
     std::map<std::string, int> made;
     std::string value; // bytes of the last property that was set
     Calls faults;
@@ -100,7 +100,7 @@ Call finish(const char* function, const Line& line)
     }
     if (inEachCall) inEachCall(number);
     if (call.scripted.during) call.scripted.during();
-    const Guard guard; // the functions above may have changed the refusals
+    const Guard guard; // read last, because the functions of the test may change the refusals
     const auto refused = theScript.refusals.find(number);
     call.status = refused == theScript.refusals.end() ? call.scripted.status : refused->second;
     return call;

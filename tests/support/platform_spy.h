@@ -36,7 +36,7 @@ struct Answer {
     std::string value;
     Float32 parameter = 0;        ///< result of AudioUnitGetParameter in graph_spy; property_spy uses `value`
     std::uint64_t bits = 0;       ///< bits of the result of a function that returns no status
-    std::function<void()> during; ///< runs inside the call, after the recording; may throw
+    std::function<void()> during; ///< function that the call runs after the recording; may throw
 };
 
 struct Script {
@@ -87,7 +87,7 @@ public:
     Guard& operator=(const Guard&) = delete;
 };
 
-/// What a platform function does after record(): the status to return, and the scripted result.
+/// The result of record(): the status that the platform function returns, and the scripted result.
 struct Call {
     OSStatus status;
     Answer scripted;

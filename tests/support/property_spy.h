@@ -1,6 +1,5 @@
-// A spy for the platform functions that CoreAudioKVX and the listener call: properties of devices, streams,
-// hardware and audio objects, property listeners, audio units, components, the host clock, and platform
-// strings.
+// A spy for the platform functions that CoreAudioKVX and the listener call: properties, listeners, audio
+// units, components, the host clock, and platform strings. A recorded call looks like this:
 //
 //     AudioDeviceGetProperty(0x7, 0x0, 1, 0x6E616D65, size 5, 5 zeros)
 //

@@ -230,7 +230,7 @@ TEST_F(FilePlayerBadFiles, WithoutReadPermissionAreRefused)
 TEST_F(FilePlayerBadFiles, WithWrongHeadersLoadThePresentFrames)
 {
     const Bytes good = makeWav();
-    Bytes billions = changed(good, 40, 0x7FFFFFF0, 4); // its header states 2^31 frames of 1 byte
+    Bytes billions = changed(good, 40, 0x7FFFFFF0, 4); // a header that states 2^31 frames of 1 byte
     billions = changed(changed(changed(billions, 22, 1, 2), 32, 1, 2), 34, 8, 2);
     Bytes huge = changed(changed(good, 40, 0xFFFFFFF0, 4), 4, 0xFFFFFFFF, 4);
     const struct {

@@ -40,7 +40,7 @@ KVXDeviceID addDevice(const char* name, std::uint32_t outputs, std::uint32_t inp
     return KVXPlatformAddSimulatedDevice(&description);
 }
 
-// ---- the list ----
+// ---- the device list ----
 
 TEST_F(FilePlayerDevices, AreListedByNumberAndName)
 {
