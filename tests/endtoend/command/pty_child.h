@@ -25,7 +25,7 @@ public:
         std::vector<char*> texts;
         for (const std::string& each : arguments) texts.push_back(const_cast<char*>(each.c_str()));
         texts.push_back(nullptr);
-        std::signal(SIGHUP, SIG_DFL); // nohup may have started the test
+        std::signal(SIGHUP, SIG_DFL); // restore SIGHUP: nohup may have started the test
         if (!folder.empty() && chdir(folder.c_str()) != 0) _exit(127);
         execv(texts[0], texts.data());
         _exit(127);

@@ -26,7 +26,7 @@ Sound makeNoise16(int channels, std::size_t frames)
     return sound;
 }
 
-/// Write a PCM16 file from integers, since a conversion from float would scale the samples.
+/// Write a PCM16 file from integers, because a conversion from float would scale the samples.
 void writeSound16(const Sound& sound, const std::string& path)
 {
     std::vector<short> samples;

@@ -142,7 +142,7 @@ TEST_F(FilePlayerLevels, MissingMixerInputsReturn0AndAnError)
 
 // ---- meters ----
 
-constexpr int peakHold = 4000, inputScope = 1; // numbers of a parameter and a scope of the mixer
+constexpr int peakHold = 4000, inputScope = 1; // numbers of a mixer parameter and a mixer scope
 
 /// Return noise whose level changes four times a second, with a click of one sample at frame `click`.
 Sound unevenNoise(std::size_t click, float clickHeight)

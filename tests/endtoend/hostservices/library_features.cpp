@@ -103,7 +103,8 @@ MemoryBlock otherWords() { return MemoryBlock::copyOf(std::vector<std::uint16_t>
 MemoryBlock floats() { return MemoryBlock::copyOf(std::vector<float>{-0.5f, -0.25f}); }
 MemoryBlock otherFloats() { return MemoryBlock::copyOf(std::vector<float>{0.75f, 0.875f}); }
 
-/// Create a buffered player on the device of the session. The player goes on when its queue is empty.
+/// Create a buffered player on the stepped device of the test. The player does not stop when its queue is
+/// empty.
 Object createPlayer(Session& session)
 {
     Object player = session.host.create(playerClass);

@@ -35,7 +35,8 @@ TEST_F(BadInput, AddMethodsRefuseInvalidOffsetsCountsAndBits)
         MemoryBlock block;
         int offset, count, bits;
         bool isIntegerAdded;
-        std::optional<bool> isFloatAdded; ///< empty: not tested, since the call would read past the block
+        std::optional<bool>
+            isFloatAdded; ///< none if the call is not tested, because it would read past the block
         const char* why;
     } facts[] = {
         // clang-format off

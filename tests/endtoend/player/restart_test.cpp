@@ -16,7 +16,7 @@ using host::Object;
 // Each stop waits 1/60 s, so only the build with the thread sanitizer runs many rounds.
 constexpr int rounds = support::hasThreadSanitizer ? 1000 : 100;
 
-/// A second player, on another device. It often takes the lock that all players share.
+/// A second player, on another device, whose calls take the lock that all players share.
 struct OtherPlayer {
     PacedDevice device;
     Object player;

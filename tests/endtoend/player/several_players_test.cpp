@@ -66,7 +66,7 @@ public:
         member.reference.setNoUnderflow(false);
         member.reference.requestStop();
         const std::size_t before = device_.output().size();
-        member.player.call("Stop"); // Stop waits until the device has run I/O cycles
+        member.player.call("Stop"); // waits while the device runs I/O cycles
         addExpected((device_.output().size() - before) / deviceChannels);
         EXPECT_FALSE(member.player.get("IsRunning").boolean()) << number;
         EXPECT_EQ(member.player.call("FreeSpace").integer(), 200) << number;

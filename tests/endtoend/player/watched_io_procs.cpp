@@ -11,7 +11,7 @@ namespace {
 
 std::atomic<bool> isWatching{false};
 std::atomic<int> callCount{0};
-std::atomic<AudioDeviceIOProc> watchedProc{nullptr}; // the procedure of all players
+std::atomic<AudioDeviceIOProc> watchedProc{nullptr}; // the I/O procedure of all players
 
 OSStatus callWatched(AudioDeviceID device, const AudioTimeStamp* now, const AudioBufferList* input,
                      const AudioTimeStamp* inputTime, AudioBufferList* output,

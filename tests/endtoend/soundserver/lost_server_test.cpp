@@ -72,7 +72,7 @@ TEST(LostSoundServer, EndsPlayWithAMessageWithoutHanging)
 }
 
 // At a logout, a server and kvx are killed together: kvx may close a stream of a dead server before or after
-// the loss of the server is reported. Several rounds reach both orders.
+// the loss of the server is reported. The test has several rounds, to reach both orders.
 TEST(LostSoundServer, AtTheTimeOfASignalLeavesNoUnfinishedFile)
 {
     for (int round = 0; round < 6; ++round) {
