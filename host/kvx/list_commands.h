@@ -1,5 +1,6 @@
 // The commands `kvx classes` and `kvx devices`, which list classes of the library and audio devices as text
-// or JSON. All functions: [main].
+// or JSON.
+// All functions: [main].
 #pragma once
 
 #include "host/kvx/devices/device_facts.h"

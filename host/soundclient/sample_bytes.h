@@ -1,5 +1,6 @@
 // Writes PCM16 samples in little-endian or big-endian byte order, and gives the format code (label) for each
-// order. All functions: [any].
+// order.
+// All functions: [any].
 #pragma once
 
 #include <cstddef>

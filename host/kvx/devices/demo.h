@@ -10,7 +10,8 @@
 namespace kvx {
 
 /// Adds a simulated device, changes it in several steps and removes it, then repeats this with a new device.
-/// The platform's control functions add and remove the device; the library changes it. All functions: [main].
+/// The platform's control functions add and remove the device; the library changes it.
+// All functions: [main].
 class Demo {
 public:
     Demo(host::Host& host, const CoreAudio& core, double secondsPerStep);

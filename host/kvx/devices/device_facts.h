@@ -41,7 +41,7 @@ std::vector<ObjectID> readDeviceList(const CoreAudio& core);
 std::optional<DeviceFacts> readDeviceFacts(const CoreAudio& core, ObjectID device);
 
 /// Read the properties of all devices, in the order of the system's device list.
-/// Errors  throws Failure if no device can be read, because the list always contains a simulated device.
+/// Errors  throws Failure if no device can be read; a simulated device is always in the list.
 std::vector<DeviceFacts> readAllDevices(const CoreAudio& core);
 
 Roles readRoles(const CoreAudio& core);

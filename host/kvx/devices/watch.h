@@ -13,7 +13,8 @@ namespace kvx {
 
 /// Adds listeners to the system and to each device, also to devices that appear later. After an event the
 /// watch reads the changed object again, and reports each difference as a line. A change that was undone
-/// before this read is not reported. All functions: [main].
+/// before this read is not reported.
+// All functions: [main].
 class Watch {
 public:
     using Report = std::function<void(const std::string& line)>;

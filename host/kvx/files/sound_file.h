@@ -27,7 +27,7 @@ struct SoundFormat {
     double duration() const { return double(frames) / sampleRate; } ///< duration in seconds
 };
 
-/// An open sound file. If the file has more than two channels, only the first two are read.
+/// Reads an open sound file. If the file has more than two channels, only the first two are read.
 class SoundFile {
 public:
     /// Open a sound file. A file that is cut short can be opened, too.

@@ -107,7 +107,8 @@ std::string bytesOf(const T& item)
 }
 
 /// Calls the methods of one object of the class CoreAudioKVX. Errors of the platform are returned as
-/// statuses; an exception of the library is thrown as host::HostException. All functions: [main].
+/// statuses; an exception of the library is thrown as host::HostException.
+// All functions: [main].
 class CoreAudio {
 public:
     explicit CoreAudio(host::Host& host);
@@ -123,8 +124,7 @@ public:
 
     Answer read(const PropertyAddress& address) const;
 
-    /// Read a property that converts or checks a value, the question. The answer has the size of the
-    /// question.
+    /// Read a property that converts or checks a value (the question). The answer has the same size.
     Answer read(const PropertyAddress& address, const std::string& question) const;
 
     /// Read a property that translates the four-character code `question` into C text.

@@ -70,8 +70,8 @@ public:
     /// Decode the whole file into memory, in `channels` channels, and build the units.
     void load(const std::string& path, int channels);
 
-    /// Load the file on a background thread. During the load, the calling thread runs `whileLoading`
-    /// repeatedly.
+    /// Load the file on a background thread. The calling thread runs `whileLoading` repeatedly until the load
+    /// has ended.
     void loadInBackground(const std::string& path, int channels, const std::function<void()>& whileLoading);
 
     // ---- the loaded file ----

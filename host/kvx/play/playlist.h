@@ -49,7 +49,7 @@ void warnOfMissingParts(const Playlist& playlist, Progress& progress);
 /// print that only the first `channels` channels play.
 void announce(const PlaylistFile& file, int channels, Progress& progress);
 
-/// A number of channels as text: "mono", "stereo", "6 channels".
+/// Format a number of channels: "mono", "stereo", "6 channels".
 std::string formatChannels(int channels);
 
 /// Reads the files of a group as one sound. Only one file is open at a time.

@@ -19,7 +19,8 @@ constexpr std::uint32_t stepFrames = 8192; // device frames between two checks f
 constexpr Advice advice = {checkFileAndMemory,
                            "give a rate nearer to the file's with --device-rate, or choose another file"};
 
-/// A simulated device that runs only when this command steps it. The device exists as long as the object.
+/// Adds a stepped device, which runs only when this command steps it. The device exists as long as the
+/// object.
 class RenderDevice {
 public:
     RenderDevice(double rate, int channels)

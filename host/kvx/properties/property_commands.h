@@ -1,5 +1,6 @@
 // The commands `kvx get` and `kvx set`, which read and write any property of any audio object through the
-// library's methods. All functions: [main].
+// library's methods.
+// All functions: [main].
 #pragma once
 
 #include "host/kvx/library/library.h"

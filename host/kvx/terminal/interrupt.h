@@ -23,8 +23,8 @@ private:
 };
 
 /// Guards a call that cannot be interrupted, such as a load from a disk that does not respond: if the call
-/// continues for some seconds after the first signal, the process ends. An
-/// InterruptGuard must exist.
+/// continues for some seconds after the first signal, the process ends. Has no effect without an object of
+/// InterruptGuard.
 /// [main]
 class HangGuard {
 public:

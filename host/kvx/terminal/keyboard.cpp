@@ -75,7 +75,7 @@ void enterRawMode()
     raw.c_lflag &= ~lineByLine; // the flag ISIG stays set, so Ctrl-C and Ctrl-Z send signals
     raw.c_cc[VMIN] = 0;
     raw.c_cc[VTIME] = 0;
-    // isRaw is set before tcsetattr(), so that the handler of a signal between both restores the terminal.
+    // isRaw is set before tcsetattr(), so that a signal handler that runs between both restores the mode.
     isRaw = 1;
     if (tcsetattr(input, TCSANOW, &raw) != 0) isRaw = 0;
 }

@@ -1,5 +1,6 @@
 // Messages to the user: plain lines, warnings, and on a terminal one live line, which is overwritten in place
-// to show the progress. All functions: [main].
+// to show the progress.
+// All functions: [main].
 #pragma once
 
 #include <chrono>
