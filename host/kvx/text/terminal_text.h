@@ -35,8 +35,8 @@ struct TableColumn {
 };
 
 /// Lay out a table: a line of titles and a line per row. If `width` is too small, the widest cells are cut.
-/// If cuts are not enough, columns are moved to a line below each row, as "title cell". Shape
-/// rows[row][column], printable UTF-8; each line ends with a newline; `width` 0: lines of any width.
+/// If cuts are not enough, columns are moved to a line below each row, as "title cell, …".
+/// Shape  rows[row][column], printable UTF-8; each line ends with a newline; `width` 0: lines of any width.
 std::string layOutTable(const std::vector<TableColumn>& columns,
                         const std::vector<std::vector<std::string>>& rows, std::size_t width);
 
