@@ -1,5 +1,6 @@
-// The host: options, registered classes, and the plug-in library that the host loads. One host exists at a
-// time; a program may make another host after it has destroyed the first. All functions: [main].
+// The host: options, registered classes, and the plug-in library that it loads. One host exists at a time; a
+// program may make another host after the destruction of the first one.
+// All functions: [main].
 #pragma once
 
 #include "abi/entry_point.h"

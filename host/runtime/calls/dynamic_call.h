@@ -21,8 +21,7 @@ namespace host {
 /// The exceptions of the current host that have not reached the program yet.
 struct Exceptions {
     Ref<REALobjectStruct> raised;    ///< exception object that the plug-in raised
-    std::exception_ptr handlerError; ///< C++ exception that the program threw in an event handler or in the
-                                     ///< work of Host::onYield
+    std::exception_ptr handlerError; ///< C++ exception of an event handler or of the work of Host::onYield
     int callDepth = 0;               ///< number of calls into the plug-in that are in progress
 };
 
@@ -50,7 +49,7 @@ HostException asException(REALobjectStruct* raised);
 Value callFunction(AnyFunction function, std::vector<Word> leading, const std::vector<Parameter>& parameters,
                    const Type& result, const std::vector<Argument>& arguments, const std::string& name);
 
-/// Call a method of an object, or a shared method if `object` is null. Messages contain `owner`, the class.
+/// Call a method of an object, or a shared method if `object` is null. `owner` names the class in messages.
 Value callMethod(REALobjectStruct* object, const MethodInfo& method, const std::vector<Argument>& arguments,
                  const std::string& owner);
 

@@ -12,7 +12,7 @@
 
 namespace host {
 
-/// The C function of one event. Its first argument is an object, whose handler of the event it calls.
+/// The C function of one event. The function calls the event handler of the object in its first argument.
 struct EventFunction {
     explicit EventFunction(const EventInfo& info);
     ~EventFunction() { ffi_closure_free(closure); }
@@ -26,7 +26,7 @@ struct EventFunction {
     void* code = nullptr; ///< address of the C function that the plug-in calls
 };
 
-/// The C functions of events in the current host. Each is made when the plug-in first requests it.
+/// The C functions of events in the current host. The first request for a function makes the function.
 struct EventFunctions {
     std::list<EventFunction> functions;
 };

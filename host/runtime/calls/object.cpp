@@ -178,7 +178,7 @@ const ClassInfo& Object::classInfo() const { return *recordOf(*this).info; }
 
 void* Object::classData(const ClassInfo& info) const
 {
-    recordOf(*this); // throws ProgramError for a nil object
+    recordOf(*this); // checks that the object is not nil
     return classDataOf(get(), info);
 }
 

@@ -69,7 +69,7 @@ void registerPluginClass(REALclassDefinition* definition)
 
 void yield()
 {
-    // A copy, because the function may call Host::onYield, which replaces the original.
+    // Run a copy of the function, because the function may call Host::onYield, which replaces the original.
     const std::function<void()> work = stateOf<ServiceState>().yield;
     if (!work) return;
     try {

@@ -18,7 +18,7 @@ namespace host {
 namespace {
 
 struct ArrayRecord {
-    REALarrayStruct visible; ///< structure that the plug-in sees; poisonWord where it must not read
+    REALarrayStruct visible; ///< structure that the plug-in sees; poison without direct access
     Type element;
     std::uint8_t* storage;
     std::size_t count;

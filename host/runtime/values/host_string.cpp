@@ -12,7 +12,7 @@ namespace host {
 namespace {
 
 struct StringRecord {
-    REALstringStruct visible; ///< structure that the plug-in sees; poisonWord where it must not read
+    REALstringStruct visible; ///< structure that the plug-in sees; poison without direct access
     char* buffer;             ///< buffer with one unused byte, the text, and five zero bytes
     std::size_t length;
     std::uint32_t encoding;

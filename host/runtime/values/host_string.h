@@ -1,5 +1,5 @@
-// Host strings: bytes and their encoding. The bytes of a string never change, but setEncoding() changes the
-// encoding. All functions: [main].
+// Host strings: bytes and their encoding. The bytes never change, but setEncoding() changes the encoding.
+// All functions: [main].
 #pragma once
 
 #include "abi/host_values.h"

@@ -11,7 +11,7 @@
 namespace host {
 
 /// A reference to a memory block, or nil. The bytes may be read and written on any thread.
-/// Shape  `size` bytes, zero at first and 16-aligned, without spare bytes at the end; `size` may be 0.
+/// Shape  size() bytes, zero at first and 16-aligned, without spare bytes at the end; size() may be 0.
 /// [main]
 class MemoryBlock : public Ref<REALmemoryBlockStruct> {
 public:

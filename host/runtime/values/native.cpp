@@ -84,8 +84,8 @@ Native integerNative(const Value& value, const Type& type, const std::string& wh
     native.word64 = isSigned(type.base) && value.isFloating()
                         ? static_cast<std::uint64_t>(truncatedToInt64(value.number()))
                         : value.unsigned64();
-    return native; // A narrow type uses the low bytes, which are the first: the host runs on little-endian
-                   // machines only.
+    // The low bytes of the word are the native integer, because the host runs on little-endian machines only.
+    return native;
 }
 
 Native numberNative(const Value& value, const Type& type, const std::string& what)

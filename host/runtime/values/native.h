@@ -31,8 +31,8 @@ struct Converted {
 /// The cost to pass a value as a type; empty if the value does not fit the type.
 Cost conversionCost(const Value& value, const Type& type);
 
-/// Convert a value to a native value of `type`. Floating-point numbers are truncated toward zero. An integer
-/// fits if its bits fit, signed or unsigned, so -1 fits UInt32. Nil fits every reference.
+/// Convert a value to a native value of `type`. A truncation toward zero makes an integer from a float. An
+/// integer fits if its bits fit, signed or unsigned, so -1 fits UInt32. Nil fits every reference.
 /// Errors  ProgramError if the value does not fit; the message starts with `what`, such as "SampleRate".
 Converted toNative(const Value& value, const Type& type, const std::string& what);
 
