@@ -92,7 +92,8 @@ struct PlayerPair {
     }
     ~PlayerPair() { player::FreeAllPlayItems(actual); }
 
-    /// Render one slice with both players. Return whether their outputs and positions are identical.
+    /// Render one slice with the buffered player and with the scalar player. Return whether their outputs and
+    /// positions are identical.
     bool renderAndCompare(std::uint32_t frames, std::uint32_t channels)
     {
         std::vector<unsigned char> bytes(std::size_t{frames} * channels * sizeof(float), 0xA5);

@@ -22,7 +22,7 @@ int main(int count, char** arguments)
         if (!player.call("PlayFloatAudio", host::MemoryBlock::copyOf(tone)).boolean()) return 1;
         while (player.get("IsRunning").boolean()) std::this_thread::sleep_for(std::chrono::milliseconds(50));
         std::printf("played %.0f frames\n", player.get("OutputPosition").number());
-    } catch (const std::exception& error) { // a failed load, an unknown class or member, …
+    } catch (const std::exception& error) { // such as a failed load or an unknown class or member
         std::fprintf(stderr, "tone: %s\n", error.what());
         return 1;
     }

@@ -15,7 +15,8 @@
 
 namespace {
 
-constexpr SInt64 mostFrames = 1 << 16; // at most read per file; a few bytes may describe hours of sound
+constexpr SInt64 mostFrames =
+    1 << 16; // frames read per file at most, because a few bytes may describe hours of sound
 constexpr UInt32 framesPerRead = 1000;
 
 /// What to do with the file, as selected by the last byte of the input.

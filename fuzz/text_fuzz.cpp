@@ -20,8 +20,8 @@ constexpr double versions[] = {2011.5, 2012.5, 2013.5, 2015.03, 2016.0};
 constexpr unsigned long encodings[] = {encodingMacRoman, encodingUTF16, encodingWindowsLatin1, encodingASCII,
                                        encodingUTF8,     encodingUTF32, encodingUnknown,       0x12345678};
 
-// The plug-in library may register only once per process. For a later host, only rbversion_rbversion changes,
-// from which the functions of the library read the host version.
+// The plug-in library may register only once per process. For each further host in the process, only the
+// variable rbversion_rbversion changes, from which the functions of the library read the host version.
 void registerOnce(double version)
 {
     static bool isRegistered = false;

@@ -3,7 +3,7 @@
 #include "host/runtime/calls/dynamic_call.h"
 #include "host/runtime/calls/events.h"
 #include "host/runtime/calls/overload.h"
-#include "host/runtime/library.h"
+#include "host/runtime/load_library.h"
 #include "host/runtime/services/builtin_classes.h"
 #include "host/runtime/services/services.h"
 #include "host/runtime/support/misuse.h"

@@ -68,7 +68,7 @@ public:
     void play(Source source, SoundParamBlock& buffer, bool isPaused = false);
 
     void start(Source source);
-    void pause(Source source); ///< keeps the buffers in the queue
+    void pause(Source source); ///< stops the sound; the buffers stay in the queue
     void stop(Source source);  ///< drops the buffers in the queue without calling their completion routines
 
     /// The open instance of the component, for selectors that no function of this class sends.

@@ -77,8 +77,8 @@ Calls faults();
 
 // ---- for the spies ----
 
-/// Holds the lock on the state of all spies. record() takes the lock, too, but not while it runs functions of
-/// the test.
+/// Holds the lock on the state of all spies. record() also takes the lock, and releases it before it calls
+/// functions of the test.
 class Guard {
 public:
     Guard();

@@ -1,5 +1,6 @@
 // Resets the addresses of host services that the plug-in keeps, for use between tests.
 #pragma once
 
-/// Make the plug-in look up all host services again, with the function that returns the length of a string.
+/// Clear the plug-in's caches of host services and of the string-length function, so that it looks all of
+/// them up again.
 void forgetServices();

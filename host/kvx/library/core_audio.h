@@ -50,7 +50,8 @@ struct BufferList {
     Buffer buffers[1];
 };
 
-/// A value to translate, and the memory for the translation. Both belong to the caller.
+/// The value of a translating property: the question, and the memory for the answer. Both belong to the
+/// caller.
 struct Translation {
     void* question;
     std::uint32_t questionBytes;

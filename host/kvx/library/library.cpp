@@ -49,7 +49,7 @@ std::string Library::leaks(const std::vector<KVXLiveCount>& expected) const
         KVXPlatformGetLiveCounts(counts.data(), static_cast<std::uint32_t>(counts.size()));
     for (std::size_t i = 0; i < std::min<std::size_t>(kinds, counts.size()); ++i)
         if (counts[i].count > countOf(expected, counts[i].kind))
-            text += fmt::format("{} of the platform: {} left\n", counts[i].kind, counts[i].count);
+            text += fmt::format("{} of the platform: {} not released\n", counts[i].kind, counts[i].count);
     return text;
 }
 

@@ -124,7 +124,7 @@ public:
     void setLooping(
         bool isOn); ///< switches looping on or off; looping has no effect unless both loop points are set
 
-    Delay delay() const; ///< the present delays of all units and of the device
+    Delay delay() const; ///< the present delays: the sum of all units, and the device
 
     /// Read and clear the render errors of all units.
     /// Returns  the first error; 0 if no unit reports an error.

@@ -10,7 +10,7 @@ namespace kvx {
 namespace {
 
 constexpr std::size_t gap = 2;    // number of blanks between two columns
-constexpr std::size_t indent = 5; // number of blanks before the cells that were moved below their row
+constexpr std::size_t indent = 5; // indent of the line with cells that are too wide for their row
 constexpr const char* ellipsis = "\xE2\x80\xA6";
 
 struct Character {

@@ -44,7 +44,8 @@ void callLifeFunction(AnyFunction function, REALobjectStruct* object)
     scope.throwRaised();
 }
 
-/// Run the method "Destructor" of one class, then its destructor function. An exception of a destructor is
+/// Run the method "Destructor" that one class of the object declares, then the destructor function of the
+/// class definition. An exception of a destructor is
 /// noted as a misuse, because no caller can receive the exception.
 void destruct(REALobjectStruct* object, const ClassInfo& info)
 {

@@ -104,7 +104,7 @@ REALarrayStruct* newArray(HostInteger elementCode, HostInteger upperBound)
 {
     if (elementCode == 0 && upperBound >= -1)
         return Array::ofType(Base::integer, static_cast<std::size_t>(upperBound + 1)).detach();
-    noteMisuse(fmt::format("an array of element code {} and upper bound {} cannot be made", elementCode,
+    noteMisuse(fmt::format("an array of element type code {} and upper bound {} cannot be made", elementCode,
                            upperBound));
     return nullptr;
 }

@@ -8,8 +8,8 @@
 
 namespace host {
 
-/// Owns a State of the current host. stateOf() and stateOrNull() find the state while its owner lives, but
-/// not during the destructor of State.
+/// Owns the data of type State that one layer of the runtime keeps for the current host. stateOf() and
+/// stateOrNull() find the data while the owner lives, but not during the destructor of State.
 template <class State>
 class PerHost {
 public:

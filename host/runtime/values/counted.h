@@ -25,7 +25,7 @@ struct KindRow {
     void (*destroy)(void* record);
     /// Describe a value for messages, with an article. If null, the text is "a" and the name of the kind.
     std::string (*describe)(const void* record);
-    /// Print a value as a program prints it. If null, the text is that of `describe`.
+    /// Return the value as the command and tests print it. If this pointer is null, `describe` is used.
     std::string (*print)(const void* record);
     /// The cost to pass a value as a type other than Variant. If null, the value fits no other type.
     Cost (*cost)(const void* record, const Type& type);

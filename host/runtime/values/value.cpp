@@ -16,7 +16,7 @@ struct VariantRecord {
 
 void destroyVariant(void* variant) { record<VariantRecord>(variant)->~VariantRecord(); }
 
-// describe, print and cost are null, because a Value never refers to a variant.
+// The functions describe, print and cost are null, because a Value holds the content of a variant instead.
 constexpr KindRow variantRow = {Kind::variant, destroyVariant, nullptr, nullptr, nullptr};
 
 constexpr double twoToThe63 = 9223372036854775808.0;

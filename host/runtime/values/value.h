@@ -75,7 +75,7 @@ public:
     FolderItem folderItem() const { return as<FolderItem>(); }
     String string() const { return as<String>(); }
     Array array() const;   ///< Callers include array.h.
-    Object object() const; ///< Callers include object.h.
+    Object object() const; ///< defined in calls/object.cpp; callers include object.h
 
     /// Return the reference in the value; a nil reference if the value is a number or a boolean.
     AnyRef reference() const;

@@ -36,7 +36,7 @@ TEST_F(BadInput, AddMethodsRefuseInvalidOffsetsCountsAndBits)
         int offset, count, bits;
         bool isIntegerAdded;
         std::optional<bool>
-            isFloatAdded; ///< none if the call is not tested, because it would read past the block
+            isFloatAdded; ///< no value: the call would read past the block, so the test omits it
         const char* why;
     } facts[] = {
         // clang-format off
@@ -157,7 +157,7 @@ TEST_F(BadInput, PcmNeedsAValidRateAndChannelCountAndFloatDoesNot)
     }
 }
 
-// The player accepts invalid rates and calculates with them, and still stops.
+// The player accepts invalid rates and calculates with them. A call of Stop still stops it.
 TEST_F(BadInput, InvalidRatesPlayAsComputedAndStopWithoutHanging)
 {
     SteppedDevice device(44100, 2, 64);

@@ -1,4 +1,5 @@
-// Tests of the registration of classes: the test plug-in in every layout, and faulty class definitions.
+// Tests of the registration of classes: the test plug-in in every layout of the class records, and faulty
+// class definitions.
 #include "abi/accessor_sentinels.h"
 #include "tests/host/runtime/plugin_host.h"
 

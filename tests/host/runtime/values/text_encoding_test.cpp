@@ -103,7 +103,7 @@ TEST(TextEncoding, EveryByteOfMacRomanAndWindowsLatin1HasItsCharacter)
 
 TEST(TextEncoding, MissingCharactersBecomeAQuestionMark)
 {
-    // Characters that the composition of Unicode replaces by another character.
+    // Characters that the canonical composition of Unicode (NFC) replaces by another character.
     const std::map<char16_t, char16_t> composed = {
         {u'\u0374', u'\u02B9'}, {u'\u037E', u';'},      {u'\u0387', u'\u00B7'}, {u'\u1FEF', u'`'},
         {u'\u1FFD', u'\u00B4'}, {u'\u2126', u'\u03A9'}, {u'\u212A', u'K'},      {u'\u212B', u'\u00C5'},

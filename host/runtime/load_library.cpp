@@ -1,4 +1,4 @@
-#include "host/runtime/library.h"
+#include "host/runtime/load_library.h"
 
 #include "host/runtime/support/errors.h"
 
