@@ -141,7 +141,7 @@ uint32_t KVXPlatformFindDevices(const char* text, KVXDeviceInfo* rows, uint32_t 
     return withErrorText(uint32_t{0}, [=] {
         const DeviceList& list = deviceList();
         const std::lock_guard<std::mutex> lock(propertyLock);
-        return copyRows(devicesNamed(list.listed(), text ? text : ""), list, rows, capacity);
+        return copyRows(devicesFitting(list.listed(), text ? text : ""), list, rows, capacity);
     });
 }
 

@@ -19,7 +19,14 @@ bool isIdentical(const Device& device, const std::string& text)
     return device.name == text || device.uid == text;
 }
 
-} // namespace
+/// Find the device with a row number of the list.
+/// Returns  null if `text` is not a number, or the list has no such row.
+DeviceRef deviceInRow(const std::vector<DeviceRef>& devices, const std::string& text)
+{
+    char* end = nullptr;
+    const unsigned long row = std::strtoul(text.c_str(), &end, 10);
+    return !text.empty() && *end == 0 && row < devices.size() ? devices[row] : nullptr;
+}
 
 std::vector<DeviceRef> devicesNamed(const std::vector<DeviceRef>& devices, const std::string& text)
 {
@@ -34,18 +41,24 @@ std::vector<DeviceRef> devicesNamed(const std::vector<DeviceRef>& devices, const
     return !identical.empty() ? identical : !equal.empty() ? equal : partial;
 }
 
+} // namespace
+
+std::vector<DeviceRef> devicesFitting(const std::vector<DeviceRef>& devices, const std::string& text)
+{
+    if (const DeviceRef device = deviceInRow(devices, text)) return {device};
+    return devicesNamed(devices, text);
+}
+
 DeviceRef findOutputByChoice(const std::vector<DeviceRef>& devices, const DeviceRef& builtIn,
                              const std::string& choice, std::string& error)
 {
     if (choice == "simulated") return builtIn;
-    char* end = nullptr;
-    const unsigned long number = std::strtoul(choice.c_str(), &end, 10);
-    const bool isNumber = !choice.empty() && *end == 0;
+    if (const DeviceRef device = deviceInRow(devices, choice); device && device->settings.outputChannels != 0)
+        return device;
     std::vector<DeviceRef> outputs;
     std::string choices;
     for (std::size_t index = 0; index < devices.size(); ++index) {
         if (devices[index]->settings.outputChannels == 0) continue;
-        if (isNumber && index == number) return devices[index];
         outputs.push_back(devices[index]);
         choices += " " + std::to_string(index) + " \"" + devices[index]->name + "\"";
     }

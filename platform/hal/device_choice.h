@@ -5,13 +5,14 @@
 
 namespace kvxplatform::hal {
 
-/// Find the devices whose name or UID is `text`; or else the devices whose name is `text` in upper or lower
-/// case; or else the devices whose name contains `text` in upper or lower case. None for "".
+/// Find the device with the row number `text` in the list; or else the devices whose name or UID is `text`;
+/// or else the devices whose name is `text` in upper or lower case; or else the devices whose name contains
+/// `text` in upper or lower case. None for "".
 /// [any]
-std::vector<DeviceRef> devicesNamed(const std::vector<DeviceRef>& devices, const std::string& text);
+std::vector<DeviceRef> devicesFitting(const std::vector<DeviceRef>& devices, const std::string& text);
 
-/// Find the output device that `choice` names: "simulated" (`builtIn`), a number in the device list, a device
-/// name, a UID, or a part of exactly one device name, in upper or lower case.
+/// Find the output device that `choice` names: "simulated" (`builtIn`), a row number of the device list, a
+/// device name, a UID, or a part of exactly one device name, in upper or lower case.
 /// Errors   Null, with the reason and the valid choices in `error`.
 /// [any]
 DeviceRef findOutputByChoice(const std::vector<DeviceRef>& devices, const DeviceRef& builtIn,

@@ -34,7 +34,8 @@ void checkHardware();
 /// List all devices. The index of a device in the result is the row number that `kvx devices` shows.
 std::vector<KVXDeviceInfo> listDevices();
 
-/// Find the devices with this name, part of a name or UID, by the rules of KVXPlatformFindDevices().
+/// Find the devices with this row number, name, part of a name or UID, by the rules of
+/// KVXPlatformFindDevices().
 std::vector<KVXDeviceInfo> findDevices(const std::string& text);
 
 /// Use simulated devices only, and leave the sound hardware closed. Has an effect only before the first call

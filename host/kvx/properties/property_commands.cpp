@@ -83,13 +83,17 @@ std::string nameOf(const CoreAudio& core, ObjectID id)
     return fmt::format("{} {}", kind == streamClass ? "stream" : "object", id);
 }
 
-ObjectID findDevice(const std::string& text)
+/// Find the device that the user names by row number, name, part of a name or UID. A number that fits no
+/// device is returned as the ID of an object.
+ObjectID findDeviceOrID(const std::string& text)
 {
     const std::vector<KVXDeviceInfo> found = findDevices(text);
+    if (found.size() == 1) return found[0].device;
+    const std::optional<std::uint32_t> id = readNumber(text);
+    if (found.empty() && id) return *id;
     if (found.empty())
         throw Failure(
             fmt::format("no device is called \"{}\"; `kvx devices` lists all devices", plainText(text)));
-    if (found.size() == 1) return found[0].device;
     std::string names;
     for (const KVXDeviceInfo& device : found)
         names += fmt::format("{}\"{}\"", names.empty() ? "" : ", ", plainText(device.name));
@@ -103,9 +107,8 @@ std::optional<std::uint32_t> numberAfter(std::string_view prefix, std::string_vi
     return text.substr(0, prefix.size()) == prefix ? readNumber(text.substr(prefix.size())) : std::nullopt;
 }
 
-/// Find the object that the user names: "system", "id:N", "stream:N", or a device by row number, name, part
-/// of a name or UID. A number that is no row number is taken as an ID, and the object with this ID may be
-/// missing: only after a failure does withObject() check whether the object exists.
+/// Find the object that the user names: "system", "id:N", "stream:N" or a device. An object with a given ID
+/// may be missing, because withObject() checks whether the object exists only after a failure.
 ObjectID findObject(const CoreAudio& core, const std::string& text)
 {
     if (text == "system") return systemObject;
@@ -116,10 +119,7 @@ ObjectID findObject(const CoreAudio& core, const std::string& text)
                                       formatCode(streamClass), *id));
         return *id;
     }
-    const std::optional<std::uint32_t> number = readNumber(text);
-    if (!number) return findDevice(text);
-    const std::vector<KVXDeviceInfo> devices = listDevices();
-    return *number < devices.size() ? devices[*number].device : *number;
+    return findDeviceOrID(text);
 }
 
 /// Find the object that a text inside a value names. A number is always an ID here, and 0 means no object.

@@ -66,10 +66,11 @@ typedef struct KVXSimulatedDevice {
 KVX_PLATFORM_EXPORT uint32_t KVXPlatformGetDevices(KVXDeviceInfo* rows, uint32_t capacity);
 
 /*
- * Find the devices that a user names: the devices whose name or UID is `text`; or else the devices whose name
- * is `text` in upper or lower case; or else the devices whose name contains `text` in upper or lower case.
- * Shape    fills up to `capacity` rows, in the order of the list; rows may be NULL if capacity is 0.
- * Returns  the number of devices found; 0 for NULL, for "", or without memory.
+ * Find the devices that a user names: the device with the row number `text`; or else the devices whose name
+ * or UID is `text`; or else the devices whose name is `text` in upper or lower case; or else the devices
+ * whose name contains `text` in upper or lower case. Shape    fills up to `capacity` rows, in the order of
+ * the list; rows may be NULL if capacity is 0. Returns  the number of devices found; 0 for NULL, for "", or
+ * without memory.
  */
 KVX_PLATFORM_EXPORT uint32_t KVXPlatformFindDevices(const char* text, KVXDeviceInfo* rows, uint32_t capacity);
 

@@ -88,6 +88,8 @@ TEST(Control, FindsAllDevicesThatFitAText)
         {"kitchen", {radio, other, two}, "a part of a name in upper or lower case"},
         {"own:two", {two}, "a UID"},
         {"own:", {}, "a part of a UID is no match"},
+        {"0", {KVXPlatformBuiltInSimulatedDevice()}, "a row number of the device list"},
+        {"99999", {}, "a number without a row"},
         {"Bathroom", {}, "no device has this name"},
         {"", {}, "an empty text"},
         {nullptr, {}, "no text"},
