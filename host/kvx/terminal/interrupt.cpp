@@ -15,14 +15,6 @@ volatile std::sig_atomic_t mayHang = 0;
 
 constexpr unsigned longestHangSeconds = 5;
 
-void handle(int signal, void (*handler)(int), struct sigaction* former)
-{
-    struct sigaction action = {};
-    action.sa_handler = handler;
-    sigemptyset(&action.sa_mask);
-    sigaction(signal, &action, former);
-}
-
 extern "C" void endProcess(int signal)
 {
     removeTemporaryFiles();
@@ -35,24 +27,33 @@ extern "C" void endHungProcess(int) { endProcess(arrivedSignal); }
 extern "C" void noteSignal(int signal)
 {
     arrivedSignal = signal;
-    handle(signal, endProcess, nullptr);
+    setSignalHandler(signal, endProcess);
     if (mayHang) alarm(longestHangSeconds);
     if (firstSignalWork) firstSignalWork();
 }
 
 } // namespace
 
+void setSignalHandler(int signal, void (*handler)(int), int flags, struct sigaction* former)
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    action.sa_flags = flags;
+    sigemptyset(&action.sa_mask);
+    sigaction(signal, &action, former);
+}
+
 InterruptGuard::InterruptGuard()
 {
     arrivedSignal = 0;
     // A failed assertion in a library sends SIGABRT, and must leave no temporary file.
-    handle(SIGABRT, endProcess, &formerAbort_);
+    setSignalHandler(SIGABRT, endProcess, 0, &formerAbort_);
     for (std::size_t i = 0; i < std::size(signals_); ++i) {
         sigaction(signals_[i], nullptr, &former_[i]);
         // A SIGHUP that nohup has set to be ignored stays ignored. A SIGINT that a shell has set to be
         // ignored in a background job is handled, because `kill -INT` must end the job.
         const bool staysIgnored = signals_[i] == SIGHUP && former_[i].sa_handler == SIG_IGN;
-        if (!staysIgnored) handle(signals_[i], noteSignal, nullptr);
+        if (!staysIgnored) setSignalHandler(signals_[i], noteSignal);
     }
 }
 
@@ -64,7 +65,7 @@ InterruptGuard::~InterruptGuard()
 
 HangGuard::HangGuard()
 {
-    handle(SIGALRM, endHungProcess, &former_);
+    setSignalHandler(SIGALRM, endHungProcess, 0, &former_);
     mayHang = 1;
     if (isInterrupted()) alarm(longestHangSeconds);
 }

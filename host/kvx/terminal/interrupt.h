@@ -39,6 +39,10 @@ private:
 
 // All functions: [main].
 
+/// Set the handler of a signal.
+/// Shape  `flags` are those of sigaction(); `former` receives the former handler, and may be null.
+void setSignalHandler(int signal, void (*handler)(int), int flags = 0, struct sigaction* former = nullptr);
+
 /// Whether a signal has arrived since the construction of the InterruptGuard.
 bool isInterrupted();
 

@@ -88,16 +88,8 @@ extern "C" void noteContinue(int) { isRaw = 0; }
 extern "C" void restoreAndEnd(int signal)
 {
     restoreTerminal();
-    raise(signal); // ends the process, because SA_RESETHAND has restored the default action of the signal
-}
-
-void handle(int signal, void (*handler)(int), int flags, struct sigaction* place)
-{
-    struct sigaction action = {};
-    action.sa_handler = handler;
-    action.sa_flags = flags;
-    sigemptyset(&action.sa_mask);
-    sigaction(signal, &action, place);
+    sigaction(signal, signal == SIGABRT ? &formerAbort : &formerQuit, nullptr);
+    raise(signal); // the former handler runs after this handler, because the signal is blocked until then
 }
 
 } // namespace
@@ -133,10 +125,10 @@ Keyboard::Keyboard() : isInUse_(!obstacle() && tcgetattr(input, &former) == 0)
 {
     isStopTyped = 0;
     if (!isInUse_) return;
-    handle(SIGTSTP, noteStop, SA_RESTART, &formerStop);
-    handle(SIGCONT, noteContinue, SA_RESTART, &formerContinue);
-    handle(SIGQUIT, restoreAndEnd, int(SA_RESETHAND), &formerQuit);
-    handle(SIGABRT, restoreAndEnd, int(SA_RESETHAND), &formerAbort);
+    setSignalHandler(SIGTSTP, noteStop, SA_RESTART, &formerStop);
+    setSignalHandler(SIGCONT, noteContinue, SA_RESTART, &formerContinue);
+    setSignalHandler(SIGQUIT, restoreAndEnd, 0, &formerQuit);
+    setSignalHandler(SIGABRT, restoreAndEnd, 0, &formerAbort);
     onFirstInterrupt(restoreTerminal);
     enterRawMode();
 }
@@ -185,7 +177,7 @@ void Keyboard::stopProcess()
 {
     restoreTerminal();
     struct sigaction own;
-    handle(SIGTSTP, SIG_DFL, 0, &own);
+    setSignalHandler(SIGTSTP, SIG_DFL, 0, &own);
     raise(SIGTSTP); // stops the process; the call returns when the process continues
     sigaction(SIGTSTP, &own, nullptr);
 }

@@ -1,9 +1,13 @@
+#include "host/kvx/files/atomic_file.h"
 #include "host/kvx/terminal/interrupt.h"
 #include "host/kvx/terminal/keyboard.h"
+#include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdlib>
+#include <fstream>
 #include <pty.h>
 #include <sys/wait.h>
 #include <termios.h>
@@ -150,6 +154,22 @@ TEST(Keyboard, RestoresTheTerminalAtQuitAndAbort)
                 EXPECT_TRUE(isLineByLine(terminal));
             });
     }
+}
+
+TEST(Keyboard, AbortRemovesUnfinishedFiles)
+{
+    const support::TemporaryFolder folder;
+    const std::string unfinished = kvx::temporaryPathFor(folder / "out.wav");
+    const int code = inATerminal(
+        [&] {
+            kvx::InterruptGuard guard;
+            kvx::Keyboard keyboard;
+            std::ofstream(unfinished) << "half";
+            std::abort();
+        },
+        [](int, pid_t) {});
+    EXPECT_EQ(code, 128 + SIGABRT);
+    EXPECT_EQ(folder.count(), 0u);
 }
 
 /// Act as a shell: run `job` in a separate process group in the foreground. When the job stops, run
