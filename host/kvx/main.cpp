@@ -9,6 +9,7 @@
 #include "host/kvx/text/failure.h"
 #include "host/kvx/text/message.h"
 #include "host/kvx/text/terminal_text.h"
+#include "host/runtime/support/errors.h"
 
 #include <csignal>
 #include <cstdio>
@@ -147,6 +148,12 @@ int fail(const std::string& text, ExitCode code)
 
 bool isOutputWritten() { return std::fflush(stdout) == 0 && !std::ferror(stdout); }
 
+/// Report an error, unless output was lost: main() then reports the lost output instead.
+int failUnlessOutputIsLost(const std::string& text)
+{
+    return isOutputWritten() ? fail(text, exitFailed) : exitFailed;
+}
+
 int runAction(const Action& action)
 {
     constexpr const char* noMemory = "there is not enough memory; close other programs and try again";
@@ -158,9 +165,11 @@ int runAction(const Action& action)
         return fail(noMemory, exitFailed);
     } catch (const std::length_error&) { // thrown by a container that would exceed the address space
         return fail(noMemory, exitFailed);
+    } catch (const host::HostException& error) {
+        return failUnlessOutputIsLost(
+            fmt::format("the library raised {}; check the file and the options", error.what()));
     } catch (const std::exception& error) {
-        if (!isOutputWritten()) return exitFailed; // main() reports lost output instead of this error
-        return fail(error.what(), exitFailed);
+        return failUnlessOutputIsLost(error.what());
     }
 }
 

@@ -155,9 +155,10 @@ bool Capture::finish(std::string& error)
         return false;
     }
     if (hasChanged_)
-        error = "the capture " + path_ + " ends where the device's rate or number of channels changed";
+        error = "the capture " + path_ +
+                " ends where the device's rate or number of channels changed; capture again";
     else if (hasLost_)
-        error = "the capture " + path_ + " has gaps: the disk was too slow";
+        error = "the capture " + path_ + " has gaps: the disk was too slow; name a file on a faster disk";
     return !hasChanged_ && !hasLost_;
 }
 

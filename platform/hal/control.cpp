@@ -45,13 +45,13 @@ std::invoke_result_t<Body> withErrorText(std::invoke_result_t<Body> failure, Bod
 int32_t noSuchDevice(KVXDeviceID id)
 {
     return fail(kAudioHardwareBadDeviceError,
-                "there is no device " + std::to_string(id) + "; `kvx devices` lists those there are");
+                "there is no device " + std::to_string(id) + "; `kvx devices` lists the devices");
 }
 
 int32_t notSimulated(const DeviceRef& device)
 {
     return fail(kAudioHardwareUnsupportedOperationError,
-                "\"" + device->name + "\" is not a simulated device; only those can be changed by hand");
+                "\"" + device->name + "\" is not a simulated device; choose a simulated device");
 }
 
 /// Run the body of a control function that concerns one device. `find` looks the device up.

@@ -64,7 +64,8 @@ bool startPortAudio(std::string& error)
     if (!isAnswered)
         error = "the sound server does not answer; restart it, or set KVX_AUDIO_DEVICE=simulated";
     else if (!isStarted)
-        error = std::string("PortAudio does not start: ") + Pa_GetErrorText(*status);
+        error = std::string("PortAudio does not start: ") + Pa_GetErrorText(*status) +
+                "; check the sound system, or set KVX_AUDIO_DEVICE=simulated";
     return isStarted;
 }
 

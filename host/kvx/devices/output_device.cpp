@@ -126,7 +126,7 @@ void passTime(const KVXDeviceInfo& device, bool isStepped, std::uint64_t frames)
 Failure deviceDied(const KVXDeviceInfo& device)
 {
     return Failure(
-        fmt::format("{} went away while playing; choose another device with --device", device.name));
+        fmt::format("{} was disconnected during playback; choose another device with --device", device.name));
 }
 
 std::string formatDevice(const KVXDeviceInfo& device, const DeviceRequest& request)

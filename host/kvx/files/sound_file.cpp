@@ -32,16 +32,16 @@ constexpr struct {
     {fnfErr, " does not exist; check the name and the folder"},
     {dirNFErr, " does not exist; check the name and the folder"},
     {errFSNameTooLong, " has too long a name; check the name and the folder"},
-    {permErr, " may not be read; change its permissions or copy it"},
+    {permErr, " cannot be read: permission denied; change its permissions or copy it"},
     {tmfoErr, " cannot be opened: too many files are open; raise the limit with `ulimit -n`"},
     {memFullErr, " cannot be opened: there is not enough memory; close other programs"},
     {ioErr, " cannot be read from its disk; check the disk, or get the file again"},
-    {kAudioFileUnsupportedFileTypeError, " cannot be decoded (it is no sound file)" READABLE_TYPES},
-    {kAudioFileInvalidFileError, " cannot be decoded (it is damaged, or no sound file)" READABLE_TYPES},
+    {kAudioFileUnsupportedFileTypeError, " cannot be decoded (it is not a sound file)" READABLE_TYPES},
+    {kAudioFileInvalidFileError, " cannot be decoded (it is damaged, or is not a sound file)" READABLE_TYPES},
 };
 
-/// Describe why the item at a path is no sound file. The platform reports folders and empty files as damaged.
-/// Returns  null if the item looks like a readable file or does not exist.
+/// Describe why the item at a path is not a sound file. The platform reports folders and empty files as
+/// damaged. Returns  null if the item looks like a readable file or does not exist.
 const char* problemOfItem(const std::string& path)
 {
     struct stat item = {};

@@ -32,7 +32,7 @@ Code readScope(const std::string& text)
     for (const auto& each : scopes)
         if (text == each.name) return each.scope;
     if (const std::optional<Code> code = readCodeOrNumber(text)) return *code;
-    throw WrongUsage(fmt::format("\"{}\" is no scope; give global, output, input, playthrough, four "
+    throw WrongUsage(fmt::format("\"{}\" is not a scope; give global, output, input, playthrough, four "
                                  "characters or a number",
                                  text));
 }
@@ -41,16 +41,17 @@ std::uint32_t readElement(const std::string& text)
 {
     if (const std::optional<std::uint32_t> element = readNumber(text)) return *element;
     throw WrongUsage(
-        fmt::format("\"{}\" is no element; give 0 for all channels, or the number of a channel", text));
+        fmt::format("\"{}\" is not an element; give 0 for all channels, or the number of a channel", text));
 }
 
 Code readSelector(const CoreAudio& core, const std::string& text)
 {
     if (const std::optional<Code> code = readCodeOrNumber(text)) return *code;
     if (const std::optional<Code> named = core.selectorNamed(text)) return *named;
-    throw WrongUsage(fmt::format("\"{}\" is no selector; give up to four characters, a number or a constant "
-                                 "of the library, as `kvx get system` and `kvx get 0` list them",
-                                 text));
+    throw WrongUsage(
+        fmt::format("\"{}\" is not a selector; give up to four characters, a number or a constant "
+                    "of the library, as `kvx get system` and `kvx get 0` list them",
+                    text));
 }
 
 std::string valueText(const PropertyOptions& options)
@@ -145,11 +146,31 @@ void withObject(const CoreAudio& core, ObjectID object, Body body)
     }
 }
 
+// The next step for the user after a status of a property call.
+constexpr struct {
+    Status status;
+    const char* nextStep;
+} nextSteps[] = {
+    {'who?', "`kvx get OBJECT` lists the properties of an object"},
+    {'unop', "choose a property that can be written"},
+    {'nope', "choose another value"},
+    {'!dat', "`kvx get DEVICE nsr#` lists the rates of a device, `kvx get DEVICE sfm#` its formats"},
+    {'!siz', "`kvx get --hex` shows the size of the value"},
+    {'!dev', "`kvx devices` lists the devices"},
+    {'!hog', "end the process that has the device"},
+};
+
+const char* nextStep(Status status)
+{
+    for (const auto& each : nextSteps)
+        if (each.status == status) return each.nextStep;
+    return "choose another property or device";
+}
+
 [[noreturn]] void failWith(Status status, const CoreAudio& core, const Subject& subject)
 {
-    const char* const advice = status == 'who?' ? "; `kvx get OBJECT` lists the properties of an object" : "";
-    throw Failure(fmt::format("{}, {}: {}{}", nameOf(core, subject.address.object),
-                              formatCode(subject.address.selector), formatStatus(status), advice));
+    throw Failure(fmt::format("{}, {}: {}; {}", nameOf(core, subject.address.object),
+                              formatCode(subject.address.selector), formatStatus(status), nextStep(status)));
 }
 
 std::string valueOf(const Answer& answer, const CoreAudio& core, const Subject& subject)
@@ -300,8 +321,9 @@ void writeProperty(const CoreAudio& core, const Subject& subject, const Property
             fmt::format("the type of the values of {} is unknown; give the bytes with --hex", selector));
     if (subject.type &&
         (subject.type->form == Form::reference || subject.type->question == Question::withReference))
-        throw Failure(
-            fmt::format("the value of {} is a reference, which a host program cannot create", selector));
+        throw Failure(fmt::format("the value of {} is a reference, which a host program cannot create; "
+                                  "choose another property",
+                                  selector));
     const std::string bytes = subject.type
                                   ? bytesFromUser(core, options, subject.type->form, subject.type->extent)
                                   : parseHex(valueText(options));

@@ -77,10 +77,11 @@ TEST_F(MalformedFiles, WithoutSoundAreRefusedByEveryCommand)
         SCOPED_TRACE(testing::PrintToString(command));
         const auto result = run(command);
         EXPECT_EQ(result.exitCode, 1);
-        EXPECT_EQ(result.err,
-                  "kvx: " + command.front() +
-                      ": a.wav cannot be decoded (it is no sound file); kvx plays WAV, AIFF, CAF, FLAC, Ogg "
-                      "Vorbis, Opus, MP3 and the other formats that libsndfile reads\n");
+        EXPECT_EQ(
+            result.err,
+            "kvx: " + command.front() +
+                ": a.wav cannot be decoded (it is not a sound file); kvx plays WAV, AIFF, CAF, FLAC, Ogg "
+                "Vorbis, Opus, MP3 and the other formats that libsndfile reads\n");
     }
 }
 
