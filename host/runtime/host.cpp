@@ -35,8 +35,8 @@ Host* currentHost = nullptr;
 
 const PropertyInfo& sharedProperty(std::string_view className, std::string_view name)
 {
-    const auto& info = classNamed(className);
-    if (const auto* property = info.sharedProperty(name)) return *property;
+    const ClassInfo& info = classNamed(className);
+    if (const PropertyInfo* property = info.sharedProperty(name)) return *property;
     throw ProgramError(fmt::format("{} has no shared property {}", info.name, name));
 }
 
@@ -45,10 +45,9 @@ const PropertyInfo& sharedProperty(std::string_view className, std::string_view 
 Host::Host(Options options)
 {
     if (currentHost) throw ProgramError("a host exists already; destroy it before making another one");
-    for (const auto& name : options.withheld) host::serviceCalls(name); // checks that the service exists
+    for (const std::string& name : options.withheld) checkServiceName(name);
     layers_ = std::make_unique<Layers>(std::move(options));
     currentHost = this;
-    resetServiceCalls();
     registerBuiltInClasses();
 }
 
@@ -72,7 +71,7 @@ void Host::load(const std::string& path)
     if (!libraryPath_.empty())
         throw LoadError(fmt::format("{}: {} is loaded already; make another host for another library", path,
                                     libraryPath_));
-    const auto pluginMain = loadLibrary(path);
+    const REALPluginMainFunction pluginMain = loadLibrary(path);
     libraryPath_ = path;
     enter(pluginMain);
 }
@@ -98,8 +97,8 @@ std::vector<const ClassInfo*> Host::pluginClasses() const
 Value Host::callSharedWith(std::string_view className, std::string_view method,
                            const std::vector<Argument>& arguments)
 {
-    const auto& info = classNamed(className);
-    const auto methods = info.sharedMethodsNamed(method);
+    const ClassInfo& info = classNamed(className);
+    const std::vector<const MethodInfo*> methods = info.sharedMethodsNamed(method);
     if (methods.empty()) throw ProgramError(fmt::format("{} has no shared method {}", info.name, method));
     return callMethod(nullptr, chooseOverload(methods, arguments, info.name), arguments, info.name);
 }
@@ -116,8 +115,8 @@ void Host::setShared(std::string_view className, std::string_view name, const Va
 
 Value Host::constant(std::string_view className, std::string_view name) const
 {
-    const auto& info = classNamed(className);
-    if (const auto* constant = info.constant(name)) return literalValue(constant->value);
+    const ClassInfo& info = classNamed(className);
+    if (const ConstantInfo* constant = info.constant(name)) return literalValue(constant->value);
     throw ProgramError(fmt::format("{} has no constant {}", info.name, name));
 }
 
@@ -125,7 +124,7 @@ const Options& Host::options() const { return stateOf<Options>(); }
 
 void Host::withhold(const std::string& service)
 {
-    host::serviceCalls(service); // checks that the service exists
+    checkServiceName(service);
     stateOf<Options>().withheld.insert(service);
 }
 
@@ -146,13 +145,13 @@ LeakReport Host::leaks() const { return leakReport(); }
 
 std::unique_ptr<HostException> Host::takeException()
 {
-    const auto raised = std::exchange(stateOf<Exceptions>().raised, {});
+    const Ref<REALobjectStruct> raised = std::exchange(stateOf<Exceptions>().raised, {});
     return raised ? std::make_unique<HostException>(asException(raised.get())) : nullptr;
 }
 
 void Host::rethrow()
 {
-    if (auto thrown = std::exchange(stateOf<Exceptions>().handlerError, nullptr))
+    if (const std::exception_ptr thrown = std::exchange(stateOf<Exceptions>().handlerError, nullptr))
         std::rethrow_exception(thrown);
 }
 

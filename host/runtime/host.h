@@ -62,6 +62,7 @@ public:
         return createObject(classNamed(className), argumentList(std::forward<Arguments>(arguments)...));
     }
 
+    // Shared methods and properties belong to a class; a program uses them without an object.
     template <class... Arguments>
     Value callShared(std::string_view className, std::string_view method, Arguments&&... arguments)
     {
@@ -86,11 +87,6 @@ public:
     void onYield(std::function<void()> work);
 
     // ---- observation ----
-
-    /// The number of calls to a service since the host was made, or since the last resetServiceCalls().
-    /// Throws ProgramError for an unknown name.
-    std::size_t serviceCalls(const std::string& service) const { return host::serviceCalls(service); }
-    void resetServiceCalls() { host::resetServiceCalls(); }
 
     /// The errors of the plug-in, one sentence each: dead or wrong values, calls of services on other threads
     /// than the main thread, faulty class definitions. The list is empty for a correct plug-in.

@@ -19,14 +19,13 @@ using namespace services;
 constexpr double always = 0;
 constexpr double forEver = std::numeric_limits<double>::infinity();
 
-/// The C function of a service. It counts the calls, and refuses calls on threads other than the main thread.
-/// `line`, the source line of the table row, gives each service a separate count.
+/// The C function of a service. It refuses calls on threads other than the main thread. `line`, the source
+/// line of the table row, distinguishes services that have one host function but different names.
 template <int line, auto function>
 struct Entry;
 
 template <int line, class Result, class... Arguments, Result (*function)(Arguments...)>
 struct Entry<line, function> {
-    static inline std::size_t calls = 0;
     static inline const char* name = nullptr;
 
     static Result call(Arguments... arguments) noexcept
@@ -37,7 +36,6 @@ struct Entry<line, function> {
             noteMisuse(std::string(name) + " was called off the main thread, and refused");
             return Result();
         }
-        ++calls;
         return CFunction<function>::call(arguments...);
     }
 };
@@ -46,8 +44,7 @@ template <int line, auto function>
 Service row(const char* name, double first, double removedIn)
 {
     Entry<line, function>::name = name;
-    return {name, reinterpret_cast<void*>(&Entry<line, function>::call), &Entry<line, function>::calls, first,
-            removedIn};
+    return {name, reinterpret_cast<void*>(&Entry<line, function>::call), first, removedIn};
 }
 
 #define SERVICE(name, function, first, removedIn) row<__LINE__, function>(name, first, removedIn)
@@ -117,21 +114,16 @@ void* resolveService(const char* name)
 {
     const auto* options = stateOrNull<Options>();
     if (!options || !name || options->withheld.count(name) != 0) return nullptr;
-    const auto* service = findService(name, options->version);
+    const Service* service = findService(name, options->version);
     return service ? service->function : nullptr;
 }
 
-std::size_t serviceCalls(const std::string& name)
+void checkServiceName(std::string_view name)
 {
     for (const auto& service : services_) {
-        if (service.name == name) return *service.calls;
+        if (service.name == name) return;
     }
     throw ProgramError(fmt::format("there is no service {}", name));
-}
-
-void resetServiceCalls()
-{
-    for (const auto& service : services_) *service.calls = 0;
 }
 
 } // namespace host

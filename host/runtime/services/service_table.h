@@ -2,27 +2,24 @@
 //
 // - Every version has the basic services, for example "REALBuildString" and "newMemoryBlock".
 // - Version 2012.0 adds access to text without reading REALstringStruct ("REALBuildStringWithEncoding",
-// "PluginGetStringData",
-//   "StringGetCString") and to the methods of the host's language ("REALLoadGlobalMethod").
+//   "PluginGetStringData", "StringGetCString") and to the methods of the host's language
+//   ("REALLoadGlobalMethod").
 // - Version 2013.0 adds services for one type each: "PluginIntegerArrayInsertProc", "IntegerToVariant",
 //   "REALSetPropValueInteger", … The older services stay.
 // - Version 2016.0 ends direct access: the plug-in may no longer read REALstringStruct and REALarrayStruct,
-// and
-//   the services "RuntimeArrayDirectGet…" are removed.
+//   and the services "RuntimeArrayDirectGet…" are removed.
 #pragma once
 
 #include <cstddef>
-#include <string>
 #include <string_view>
 
 namespace host {
 
 struct Service {
     const char* name;
-    void* function;     ///< C function that the plug-in gets from the resolver
-    std::size_t* calls; ///< number of calls of the service since the last resetServiceCalls()
-    double first;       ///< first host version that has the service; 0 if the oldest has it
-    double removedIn;   ///< first host version that no longer has the service; or infinity
+    void* function;   ///< C function that the plug-in gets from the resolver
+    double first;     ///< first host version that has the service; 0 if the oldest has it
+    double removedIn; ///< first host version that no longer has the service; or infinity
 };
 
 struct ServiceTable {
@@ -46,10 +43,8 @@ const Service* findService(std::string_view name, double version);
 /// [main]
 void* resolveService(const char* name);
 
-/// The number of calls to a service since the last resetServiceCalls().
-/// Errors  ProgramError if no host version has a service of this name.
-/// [main]
-std::size_t serviceCalls(const std::string& name);
-void resetServiceCalls();
+/// Throw ProgramError unless some host version has a service of this name.
+/// [any]
+void checkServiceName(std::string_view name);
 
 } // namespace host

@@ -70,7 +70,6 @@ TEST(ServiceTable, HasEveryNameOnce)
     for (const auto& row : serviceTable()) {
         EXPECT_TRUE(names.insert(row.name).second) << row.name;
         EXPECT_NE(row.function, nullptr) << row.name;
-        EXPECT_NE(row.calls, nullptr) << row.name;
     }
     std::set<std::string> expected;
     for (const auto& fact : facts) expected.insert(fact.name);
@@ -140,29 +139,21 @@ TEST(ServiceTable, VersionServiceReturnsTheVersionOfTheOptions)
     }
 }
 
-TEST(ServiceTable, CountsTheCallsOfEachService)
+TEST(ServiceTable, TwoNamesOfOneFunctionAreRefusedUnderTheirOwnNames)
 {
     Host host;
-    const auto yield = service<void()>("REALYieldToRB");
-    for (int i = 0; i < 3; ++i) yield();
-    EXPECT_EQ(host.serviceCalls("REALYieldToRB"), 3u);
-    EXPECT_EQ(host.serviceCalls("REALLockObject"), 0u);
-    EXPECT_THROW(host.serviceCalls("REALLokObject"), ProgramError);
-    host.resetServiceCalls();
-    EXPECT_EQ(host.serviceCalls("REALYieldToRB"), 0u);
-}
-
-TEST(ServiceTable, CountsTwoNamesOfOneFunctionSeparately)
-{
-    Host host;
-    const auto exception = host.create("RuntimeException");
-    using Set = void(REALobjectStruct*, const char*, HostInteger);
-    service<Set>("REALSetPropValueInt")(exception.get(), "ErrorNumber", 1);
-    service<Set>("REALSetPropValueInteger")(exception.get(), "ErrorNumber", 2);
-    service<Set>("REALSetPropValueInteger")(exception.get(), "ErrorNumber", 3);
-    EXPECT_EQ(host.serviceCalls("REALSetPropValueInt"), 1u);
-    EXPECT_EQ(host.serviceCalls("REALSetPropValueInteger"), 2u);
-    EXPECT_EQ(exception.get("ErrorNumber").integer(), 3);
+    const Object exception = host.create("RuntimeException");
+    for (const std::string name : {"REALSetPropValueInt", "REALSetPropValueInteger"}) {
+        host.clearMisuses();
+        const auto set = service<void(REALobjectStruct*, const char*, HostInteger)>(name.c_str());
+        std::thread([&] { set(exception.get(), "ErrorNumber", 1); }).join();
+        ASSERT_EQ(host.misuses().size(), 1u) << name;
+        EXPECT_EQ(host.misuses()[0], name + " was called off the main thread, and refused");
+        EXPECT_EQ(exception.get("ErrorNumber").integer(), 0) << name;
+        set(exception.get(), "ErrorNumber", 2);
+        EXPECT_EQ(exception.get("ErrorNumber").integer(), 2) << name;
+        exception.set("ErrorNumber", 0);
+    }
 }
 
 TEST(Services, AreRefusedOffTheMainThread)
