@@ -23,7 +23,7 @@ int bitsOf(unsigned char elfClass) { return elfClass == ELFCLASS32 ? 32 : elfCla
 void checkFile(const std::string& path)
 {
     std::error_code failure;
-    const auto status = std::filesystem::status(path, failure);
+    const std::filesystem::file_status status = std::filesystem::status(path, failure);
     if (!std::filesystem::exists(status))
         throw LoadError(
             fmt::format("{}: this file does not exist; build the library, or give its path", path));
@@ -54,7 +54,7 @@ void checkFile(const std::string& path)
 REALPluginMainFunction loadLibrary(const std::string& path)
 {
     checkFile(path);
-    const auto absolute = std::filesystem::absolute(path).string();
+    const std::string absolute = std::filesystem::absolute(path).string();
     // A plug-in is never closed, because threads of the plug-in may run until the process ends.
     void* library = dlopen(absolute.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!library)

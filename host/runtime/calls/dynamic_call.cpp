@@ -33,18 +33,18 @@ void checkCount(const std::vector<Parameter>& parameters, std::size_t given, con
 {
     const std::size_t least = requiredCount(parameters);
     if (given >= least && given <= parameters.size()) return;
-    const auto expected = least == parameters.size()
-                              ? countText(least)
-                              : fmt::format("{} to {}", least, countText(parameters.size()));
+    const std::string expected = least == parameters.size()
+                                     ? countText(least)
+                                     : fmt::format("{} to {}", least, countText(parameters.size()));
     throw ProgramError(fmt::format("{} takes {}, but was given {}", name, expected, given));
 }
 
 PassedArgument passed(const Parameter& parameter, const Argument* argument, const std::string& name)
 {
-    const auto what = fmt::format("parameter {} of {}", parameter.name, name);
+    const std::string what = fmt::format("parameter {} of {}", parameter.name, name);
     PassedArgument result;
     if (!argument) {
-        const auto value = literalValue(parameter.defaultValue.value_or(Literal()));
+        const Value value = literalValue(parameter.defaultValue.value_or(Literal()));
         result.converted = toNative(value, parameter.type, what);
         return result;
     }
@@ -54,7 +54,7 @@ PassedArgument passed(const Parameter& parameter, const Argument* argument, cons
                                        what));
     }
     result.variable = argument->variable;
-    const auto& value = result.variable ? *result.variable : argument->value;
+    const Value& value = result.variable ? *result.variable : argument->value;
     const bool isUnset = result.variable && value.isNil() && !parameter.type.isReference();
     if (!isUnset) result.converted = toNative(value, parameter.type, what);
     return result;
@@ -68,7 +68,7 @@ std::vector<Word> leadingWords(REALobjectStruct* object)
 
 std::vector<Word> leadingWords(REALobjectStruct* object, const PropertyInfo& property)
 {
-    auto leading = leadingWords(object);
+    std::vector<Word> leading = leadingWords(object);
     leading.push_back(static_cast<Word>(property.parameter));
     return leading;
 }
@@ -106,18 +106,19 @@ CallScope::~CallScope()
 void CallScope::throwRaised()
 {
     auto& exceptions = stateOf<Exceptions>();
-    if (auto thrown = std::exchange(exceptions.handlerError, nullptr)) std::rethrow_exception(thrown);
-    const auto raised = std::exchange(exceptions.raised, {});
+    if (const std::exception_ptr thrown = std::exchange(exceptions.handlerError, nullptr))
+        std::rethrow_exception(thrown);
+    const Ref<REALobjectStruct> raised = std::exchange(exceptions.raised, {});
     if (raised) throw asException(raised.get());
 }
 
 HostException asException(REALobjectStruct* raised)
 {
-    const auto& info = classOf(raised);
-    const auto* message = info.property("Message");
-    const auto* number = info.property("ErrorNumber");
-    const auto text = message ? readProperty(raised, *message).text() : std::string();
-    const auto code = number ? readProperty(raised, *number).integer() : 0;
+    const ClassInfo& info = classOf(raised);
+    const PropertyInfo* message = info.property("Message");
+    const PropertyInfo* number = info.property("ErrorNumber");
+    const std::string text = message ? readProperty(raised, *message).text() : std::string();
+    const std::int64_t code = number ? readProperty(raised, *number).integer() : 0;
     return HostException(info.name, text, static_cast<HostInteger>(code));
 }
 
@@ -134,8 +135,8 @@ Value callFunction(AnyFunction function, std::vector<Word> leading, const std::v
     }
     std::vector<PassedArgument> all(parameters.size());
     for (std::size_t i = 0; i < parameters.size(); ++i) {
-        const auto& parameter = parameters[i];
-        auto& argument = all[i];
+        const Parameter& parameter = parameters[i];
+        PassedArgument& argument = all[i];
         argument = passed(parameter, i < arguments.size() ? &arguments[i] : nullptr, name);
         argument.address = &argument.converted.native;
         types.push_back(parameter.isByRef ? &ffi_type_pointer : ffiType(parameter.type));
@@ -176,7 +177,7 @@ Value callFunction(AnyFunction function, std::vector<Word> leading, const std::v
 Value callMethod(REALobjectStruct* object, const MethodInfo& method, const std::vector<Argument>& arguments,
                  const std::string& owner)
 {
-    const auto& declaration = method.declaration;
+    const Declaration& declaration = method.declaration;
     // The method may drop the program's last reference to the object.
     const auto kept = Ref<REALobjectStruct>::share(object);
     return callFunction(method.function, leadingWords(object), declaration.parameters, declaration.result,
@@ -197,11 +198,11 @@ Value readProperty(REALobjectStruct* object, const PropertyInfo& property)
 
 void writeProperty(REALobjectStruct* object, const PropertyInfo& property, const Value& value)
 {
-    const auto name = nameOf(property);
+    const std::string name = nameOf(property);
     if (property.isReadOnly) throw ProgramError(name + " is read-only");
     if (property.setterAccess == Access::field) {
-        auto* const field = fieldOf(object, property);
-        auto converted = toNative(value, property.type, name);
+        void* const field = fieldOf(object, property);
+        Converted converted = toNative(value, property.type, name);
         if (!property.type.isReference()) return storeField(field, converted.native, property.type);
         release(exchangeReference(field, converted.reference.detach()));
         return;

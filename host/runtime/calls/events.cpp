@@ -22,11 +22,11 @@ Value runHandler(const EventInfo& event, void** arguments)
 {
     auto* const handle = *static_cast<REALobjectStruct**>(arguments[0]);
     auto sender = checkedArgument<Object>(handle, "the function of an event");
-    const auto* attached = sender ? handlerOf(handle, event) : nullptr;
+    const EventHandler* attached = sender ? handlerOf(handle, event) : nullptr;
     if (!attached) return {};
     const EventHandler handler = *attached; // a copy of the handler, because the handler may detach itself
     std::vector<Value> values;
-    const auto& parameters = event.declaration.parameters;
+    const std::vector<Parameter>& parameters = event.declaration.parameters;
     for (std::size_t i = 0; i < parameters.size(); ++i)
         values.push_back(fromNative(arguments[i + 1], parameters[i].type, false));
     return handler(sender, values);
@@ -47,13 +47,13 @@ void writeResult(void* result, const Native& native, const Type& type)
 /// because an exception must not pass through the plug-in.
 void enterHandler(ffi_cif*, void* result, void** arguments, void* user)
 {
-    const auto& event = static_cast<EventFunction*>(user)->event;
-    const auto& type = event.declaration.result;
+    const EventInfo& event = static_cast<EventFunction*>(user)->event;
+    const Type& type = event.declaration.result;
     Native native = {};
     try {
-        const auto value = runHandler(event, arguments);
+        const Value value = runHandler(event, arguments);
         if (!type.isVoid() && !(value.isNil() && !type.isReference())) {
-            auto converted = toNative(value, type, "the result of event " + event.declaration.name);
+            Converted converted = toNative(value, type, "the result of event " + event.declaration.name);
             converted.reference.detach();
             native = converted.native;
         }
@@ -92,12 +92,12 @@ EventFunction::EventFunction(const EventInfo& info) : event(info)
 
 AnyFunction eventFunction(REALobjectStruct* object, Word systemUse, const char* service)
 {
-    const auto* event = eventOf(systemUse);
+    const EventInfo* event = eventOf(systemUse);
     if (!event) {
         noteMisuse(fmt::format("{} was given {:#x}, which is not the key of an event", service, systemUse));
         return nullptr;
     }
-    const auto& info = classOf(object);
+    const ClassInfo& info = classOf(object);
     if (!info.isA(event->owner->name)) {
         noteMisuse(fmt::format("{} was given the key of event {} of {} with an object of class {}", service,
                                event->declaration.name, event->owner->name, info.name));
@@ -107,7 +107,7 @@ AnyFunction eventFunction(REALobjectStruct* object, Word systemUse, const char* 
     auto& functions = stateOf<EventFunctions>().functions;
     const auto isOfEvent = [&](const EventFunction& function) { return &function.event == event; };
     const auto made = std::find_if(functions.begin(), functions.end(), isOfEvent);
-    const auto& function = made != functions.end() ? *made : functions.emplace_back(*event);
+    const EventFunction& function = made != functions.end() ? *made : functions.emplace_back(*event);
     return reinterpret_cast<AnyFunction>(function.code);
 }
 

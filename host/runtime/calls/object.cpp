@@ -78,7 +78,7 @@ void destroyObject(void* value)
 {
     auto* object = static_cast<REALobjectStruct*>(value);
     if (stateOrNull<LiveValues>()) {
-        const auto chain = lineage(classOf(object));
+        const std::vector<const ClassInfo*> chain = lineage(classOf(object));
         for (auto one = chain.rbegin(); one != chain.rend(); ++one) destruct(object, **one);
         for (const auto* one : chain) releaseFields(object, *one);
     }
@@ -90,7 +90,7 @@ std::string describeObject(const void* object) { return "an object of class " + 
 Cost costOfObject(const void* object, const Type& type)
 {
     if (type.base != Base::object || type.isArray) return {};
-    const auto& info = classOf(object);
+    const ClassInfo& info = classOf(object);
     if (sameName(info.name, type.className)) return cost::exact;
     return isAnyObject(type) || info.isA(type.className) ? Cost(cost::converted) : Cost();
 }
@@ -113,8 +113,8 @@ Object constructed(const ClassInfo& info)
 
 const PropertyInfo& propertyOf(const Object& object, std::string_view name)
 {
-    const auto& info = object.classInfo();
-    if (const auto* found = info.property(name)) return *found;
+    const ClassInfo& info = object.classInfo();
+    if (const PropertyInfo* found = info.property(name)) return *found;
     const bool isMethod = !info.methodsNamed(name).empty();
     throw ProgramError(fmt::format("{} has no property {}{}", info.name, name,
                                    isMethod ? "; call the method of this name" : ""));
@@ -122,8 +122,8 @@ const PropertyInfo& propertyOf(const Object& object, std::string_view name)
 
 std::vector<const MethodInfo*> methodsOf(const Object& object, std::string_view name)
 {
-    const auto& info = object.classInfo();
-    auto found = info.methodsNamed(name);
+    const ClassInfo& info = object.classInfo();
+    std::vector<const MethodInfo*> found = info.methodsNamed(name);
     if (found.empty()) {
         const bool isProperty = info.property(name) != nullptr;
         throw ProgramError(fmt::format("{} has no method {}{}", info.name, name,
@@ -136,11 +136,11 @@ std::vector<const MethodInfo*> methodsOf(const Object& object, std::string_view 
 /// parameter that is marked "Assigns".
 MethodInfo writerOf(const Object& object, std::string_view name)
 {
-    const auto methods = methodsOf(object, name);
+    const std::vector<const MethodInfo*> methods = methodsOf(object, name);
     for (const auto* method : methods) {
         if (method->declaration.isAssignment() && method->declaration.parameters.size() == 2) return *method;
         if (!method->setter || method->declaration.parameters.size() != 1) continue;
-        auto writer = *method;
+        MethodInfo writer = *method;
         writer.function = method->setter;
         Parameter value;
         value.name = "value";
@@ -156,19 +156,20 @@ MethodInfo writerOf(const Object& object, std::string_view name)
 
 Object createObject(const ClassInfo& info, const std::vector<Argument>& arguments)
 {
-    const auto constructors = info.methodsNamed("Constructor");
+    const std::vector<const MethodInfo*> constructors = info.methodsNamed("Constructor");
     if (constructors.empty() && !arguments.empty())
         throw ProgramError(fmt::format("{} has no constructor that takes arguments", info.name));
-    const auto* constructor =
+    const MethodInfo* constructor =
         constructors.empty() ? nullptr : &chooseOverload(constructors, arguments, info.name);
-    auto object = constructed(info);
+    Object object = constructed(info);
     if (constructor) callMethod(object.get(), *constructor, arguments, info.name);
     return object;
 }
 
 const EventHandler* handlerOf(REALobjectStruct* object, const EventInfo& event)
 {
-    const auto& handlers = record<ObjectRecord>(object)->handlers->byEvent;
+    const std::map<const EventInfo*, EventHandler>& handlers =
+        record<ObjectRecord>(object)->handlers->byEvent;
     const auto found = handlers.find(&event);
     return found == handlers.end() ? nullptr : &found->second;
 }
@@ -197,21 +198,21 @@ Value Object::get(std::string_view name, const Value& index) const
 
 void Object::set(std::string_view name, const Value& index, const Value& value) const
 {
-    const auto writer = writerOf(*this, name);
+    const MethodInfo writer = writerOf(*this, name);
     callMethod(get(), writer, {Argument(index), Argument(value)}, classInfo().name);
 }
 
 Value Object::callWith(std::string_view name, const std::vector<Argument>& arguments) const
 {
-    const auto& owner = classInfo().name;
+    const std::string& owner = classInfo().name;
     return callMethod(get(), chooseOverload(methodsOf(*this, name), arguments, owner), arguments, owner);
 }
 
 void Object::on(std::string_view name, EventHandler handler) const
 {
-    const auto* event = classInfo().event(name);
+    const EventInfo* event = classInfo().event(name);
     if (!event) throw ProgramError(fmt::format("{} has no event {}", classInfo().name, name));
-    auto& handlers = recordOf(*this).handlers->byEvent;
+    std::map<const EventInfo*, EventHandler>& handlers = recordOf(*this).handlers->byEvent;
     if (handler)
         handlers[event] = std::move(handler);
     else

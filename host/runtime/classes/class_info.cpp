@@ -85,7 +85,7 @@ const ClassInfo* findClass(std::string_view name)
 
 const ClassInfo& classNamed(std::string_view name)
 {
-    if (const auto* info = findClass(name)) return *info;
+    if (const ClassInfo* info = findClass(name)) return *info;
     std::string known;
     for (const auto& info : stateOf<ClassTable>().classes) known += (known.empty() ? "" : ", ") + info->name;
     throw ProgramError(fmt::format("there is no class {}; known are {}", name, known));

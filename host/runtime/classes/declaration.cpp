@@ -21,7 +21,7 @@ public:
 
     [[noreturn]] void fail(std::string_view expected) const
     {
-        const auto found =
+        const std::string found =
             atEnd() ? std::string("the end") : fmt::format("'{}'", text_.substr(position_, 12));
         throw ProgramError(fmt::format("declaration \"{}\": expected {} at character {}, found {}", text_,
                                        expected, position_ + 1, found));
@@ -45,7 +45,7 @@ public:
     /// Return the word at the current position and keep the position; empty if no word starts there.
     std::string_view peekWord() const
     {
-        auto end = position_;
+        std::size_t end = position_;
         if (end < text_.size() && isLetter(text_[end])) {
             while (end < text_.size() && (isLetter(text_[end]) || isDigit(text_[end]) || text_[end] == '.'))
                 ++end;
@@ -63,7 +63,7 @@ public:
 
     std::string needWord(std::string_view expected)
     {
-        const auto word = peekWord();
+        const std::string_view word = peekWord();
         if (word.empty()) fail(expected);
         position_ += word.size();
         skipSpace();
@@ -73,7 +73,7 @@ public:
     /// Skip the "()" that marks an array. Returns false, with the position unchanged, if there is no "()".
     bool takeArrayMark()
     {
-        const auto start = position_;
+        const std::size_t start = position_;
         if (take('(') && take(')')) return true;
         position_ = start;
         return false;
@@ -81,7 +81,7 @@ public:
 
     Type needType()
     {
-        auto type = typeNamed(needWord("a type"));
+        Type type = typeNamed(needWord("a type"));
         type.isArray = takeArrayMark();
         return type;
     }
@@ -130,7 +130,7 @@ private:
     {
         const std::string rest(text_.substr(position_));
         const bool isHex = rest.size() > 2 && rest[0] == '&' && (rest[1] == 'h' || rest[1] == 'H');
-        const auto start = rest.find_first_not_of("+-");
+        const std::size_t start = rest.find_first_not_of("+-");
         const bool isNumber =
             !isHex && start != rest.npos && start <= 1 && (isDigit(rest[start]) || rest[start] == '.');
         if (!isHex && !isNumber) fail("a value");
@@ -242,7 +242,7 @@ std::string print(const Declaration& declaration)
             if (text.back() != '(') text += ", ";
             if (parameter.isByRef) text += "ByRef ";
             if (parameter.isAssigned) text += "Assigns ";
-            auto element = parameter.type;
+            Type element = parameter.type;
             element.isArray = false;
             text += parameter.name + (parameter.type.isArray ? "()" : "") + " As " + typeName(element);
             if (parameter.defaultValue) text += " = " + print(*parameter.defaultValue);

@@ -67,7 +67,7 @@ private:
         const Rows<REALproperty9, REALproperty> all(rows, count, layout_);
         list.reserve(all.count);
         for (std::size_t i = 0; i < all.count; ++i) {
-            const auto& row = all[i];
+            const REALproperty9& row = all[i];
             PropertyInfo property;
             property.owner = &info_;
             property.group = textOrEmpty(row.group);
@@ -82,7 +82,7 @@ private:
             property.isReadOnly = !row.setter;
             if (isSentinel(row.getter, REALstandardGetter)) property.getterAccess = Access::field;
             if (isSentinel(row.setter, REALstandardSetter)) property.setterAccess = Access::field;
-            const auto fault = faultOf(property, isShared);
+            const std::string fault = faultOf(property, isShared);
             if (fault.empty())
                 list.push_back(std::move(property));
             else
@@ -123,7 +123,7 @@ private:
         const Rows<REALmethod9, REALmethod> all(rows, count, layout_);
         list.reserve(all.count);
         for (std::size_t i = 0; i < all.count; ++i) {
-            const auto& row = all[i];
+            const REALmethod9& row = all[i];
             MethodInfo method;
             method.text = textOrEmpty(row.declaration);
             method.function = row.function;
@@ -156,7 +156,7 @@ private:
                 event.declaration = parseDeclaration(event.text);
                 if (hasByRef(event.declaration))
                     throw ProgramError("a handler cannot change a ByRef parameter");
-                auto& kept = info_.events.emplace_back(event);
+                EventInfo& kept = info_.events.emplace_back(event);
                 kept.systemUse = all[i].systemUse = reinterpret_cast<Word>(&kept);
             });
         }
@@ -169,7 +169,7 @@ private:
         for (std::size_t i = 0; i < all.count; ++i) {
             const std::string text = textOrEmpty(all[i].declaration);
             readMember("constant", text, [&] {
-                const auto parsed = parseConstant(text);
+                const ConstantDeclaration parsed = parseConstant(text);
                 const std::string typeText = parsed.type ? typeName(*parsed.type) : "";
                 info_.constants.push_back({text, parsed.name, typeText, parsed.value});
             });
@@ -210,12 +210,12 @@ std::size_t offsetFor(const ClassInfo* super, std::size_t classIndex)
 
 const ClassInfo* registerClass(REALclassDefinition& definition, int layout, bool isBuiltIn)
 {
-    const auto fault = faultOf(definition, layout);
+    const std::string fault = faultOf(definition, layout);
     if (!fault.empty()) {
         noteMisuse(fmt::format("class {} is not registered: {}", textOrEmpty(definition.name), fault));
         return nullptr;
     }
-    auto& classes = stateOf<ClassTable>().classes;
+    std::vector<std::unique_ptr<ClassInfo>>& classes = stateOf<ClassTable>().classes;
     auto info = std::make_unique<ClassInfo>();
     info->name = definition.name;
     info->superName = textOrEmpty(definition.superName);

@@ -55,13 +55,13 @@ void registerExceptions()
         field("Message", "String", offsetof(ExceptionData, message)),
         field("ErrorNumber", "Integer", offsetof(ExceptionData, errorNumber)),
     };
-    auto base = named("RuntimeException");
+    REALclassDefinition base = named("RuntimeException");
     base.dataSize = sizeof(ExceptionData);
     base.properties = properties;
     base.propertyCount = std::size(properties);
     registerClass(base, newestLayout, true);
     for (const char* name : exceptionClasses) {
-        auto definition = named(name, "RuntimeException");
+        REALclassDefinition definition = named(name, "RuntimeException");
         registerClass(definition, newestLayout, true);
     }
 }
@@ -94,14 +94,14 @@ HostInteger countOf(REALobjectStruct* dictionary, HostInteger)
 
 std::uint8_t hasKey(REALobjectStruct* dictionary, REALobjectStruct* key)
 {
-    auto& entries = *entriesOf(dictionary);
+    Entries& entries = *entriesOf(dictionary);
     return find(entries, contents(key)) != entries.end();
 }
 
 REALobjectStruct* valueOf(REALobjectStruct* dictionary, REALobjectStruct* key)
 {
-    auto& entries = *entriesOf(dictionary);
-    const auto found = find(entries, contents(key));
+    Entries& entries = *entriesOf(dictionary);
+    const Entries::iterator found = find(entries, contents(key));
     if (found != entries.end()) return newVariant(found->second).detach();
     raise("KeyNotFoundException", "The dictionary has no key " + contents(key).print() + ".");
     return nullptr;
@@ -109,8 +109,8 @@ REALobjectStruct* valueOf(REALobjectStruct* dictionary, REALobjectStruct* key)
 
 void assignValue(REALobjectStruct* dictionary, REALobjectStruct* key, REALobjectStruct* value)
 {
-    auto& entries = *entriesOf(dictionary);
-    const auto found = find(entries, contents(key));
+    Entries& entries = *entriesOf(dictionary);
+    const Entries::iterator found = find(entries, contents(key));
     if (found != entries.end())
         found->second = contents(value);
     else
@@ -119,7 +119,7 @@ void assignValue(REALobjectStruct* dictionary, REALobjectStruct* key, REALobject
 
 REALobjectStruct* keyAt(REALobjectStruct* dictionary, HostInteger index)
 {
-    auto& entries = *entriesOf(dictionary);
+    Entries& entries = *entriesOf(dictionary);
     if (index >= 0 && static_cast<std::size_t>(index) < entries.size())
         return newVariant(entries[static_cast<std::size_t>(index)].first).detach();
     raise("OutOfBoundsException", "The dictionary has no key at index " + std::to_string(index) + ".");
@@ -128,8 +128,8 @@ REALobjectStruct* keyAt(REALobjectStruct* dictionary, HostInteger index)
 
 void removeKey(REALobjectStruct* dictionary, REALobjectStruct* key)
 {
-    auto& entries = *entriesOf(dictionary);
-    const auto found = find(entries, contents(key));
+    Entries& entries = *entriesOf(dictionary);
+    const Entries::iterator found = find(entries, contents(key));
     if (found != entries.end())
         entries.erase(found);
     else
@@ -153,7 +153,7 @@ void registerDictionary()
         {cFunction<clearDictionary>(), nullptr, "Clear",                                             0, {}},
     };
     // clang-format on
-    auto definition = named("Dictionary");
+    REALclassDefinition definition = named("Dictionary");
     definition.dataSize = sizeof(Entries*);
     definition.constructor = cFunction<openDictionary>();
     definition.destructor = cFunction<closeDictionary>();
@@ -174,7 +174,7 @@ void registerBuiltInClasses()
 
 void raise(const std::string& className, const std::string& message, HostInteger errorNumber)
 {
-    const auto exception = createObject(classNamed(className), {});
+    const Object exception = createObject(classNamed(className), {});
     exception.set("Message", message);
     exception.set("ErrorNumber", errorNumber);
     stateOf<Exceptions>().raised = exception;

@@ -81,7 +81,7 @@ void yield()
 
 REALobjectStruct* newInstance(const char* className)
 {
-    const auto* info = className ? findClass(className) : nullptr;
+    const ClassInfo* info = className ? findClass(className) : nullptr;
     if (!info) return nullptr;
     REALobjectStruct* made = nullptr;
     raising([&] { made = createObject(*info, {}).detach(); });
@@ -103,7 +103,7 @@ AnyFunction objectMethod(REALobjectStruct* handle, const char* declaration)
 {
     const auto object = checkedArgument<Object>(handle, "REALLoadObjectMethod");
     if (!object || !declaration) return nullptr;
-    const auto requested = parseDeclaration(declaration);
+    const Declaration requested = parseDeclaration(declaration);
     for (const auto* method : object.classInfo().methodsNamed(requested.name)) {
         if (sameSignature(method->declaration, requested)) return method->function;
     }
@@ -116,7 +116,7 @@ AnyFunction globalMethod(const void* none, const char* declaration)
         noteMisuse("REALLoadGlobalMethod takes null and a declaration");
         return nullptr;
     }
-    const auto requested = parseDeclaration(declaration);
+    const Declaration requested = parseDeclaration(declaration);
     for (const auto& method : globalMethods) {
         if (sameSignature(parseDeclaration(method.declaration), requested)) return method.function;
     }

@@ -101,7 +101,7 @@ HostBoolean stringData(REALstringStruct* string, std::uint32_t encoding, REALstr
         return false;
     }
     *data = {};
-    const auto text = checkedArgument<String>(string, "PluginGetStringData").converted(encoding);
+    const String text = checkedArgument<String>(string, "PluginGetStringData").converted(encoding);
     if (!text) return false;
     auto* kept = makeValue<StringDataRecord>(stringDataRow);
     if (!kept) return false;

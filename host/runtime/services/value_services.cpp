@@ -65,7 +65,7 @@ const ElementRow* rowOf(const Array& array)
 const ElementRow* rowFor(REALarrayStruct* handle, const char* service, Base expected)
 {
     const auto array = checkedArgument<Array>(handle, service);
-    const auto* row = rowOf(array);
+    const ElementRow* row = rowOf(array);
     if (!array || (row && row->base == expected)) return row;
     noteMisuse(fmt::format("{} was given {}", service, Value(array).describe()));
     return nullptr;

@@ -108,7 +108,7 @@ void resize(ArrayRecord& array, std::size_t count)
 /// Convert a value to an element. The caller stores the element in the array, which then owns its reference.
 Native elementOf(const ArrayRecord& array, const Value& value)
 {
-    auto converted = toNative(value, array.element, "an element");
+    Converted converted = toNative(value, array.element, "an element");
     converted.reference.detach();
     return converted.native;
 }
@@ -116,7 +116,7 @@ Native elementOf(const ArrayRecord& array, const Value& value)
 template <class Item>
 Array arrayOf(Base element, const std::vector<Item>& items)
 {
-    auto array = Array::ofType(element);
+    Array array = Array::ofType(element);
     for (const auto& item : items) array.append(Value(item));
     return array;
 }
@@ -147,14 +147,14 @@ std::size_t Array::count() const { return get() ? record<ArrayRecord>(get())->co
 
 Value Array::at(HostInteger index) const
 {
-    const auto& array = recordOf(*this);
+    const ArrayRecord& array = recordOf(*this);
     checkIndex(array, index, array.count);
     return fromNative(elementAt(array, static_cast<std::size_t>(index)), array.element, false);
 }
 
 void Array::put(HostInteger index, const Value& value)
 {
-    auto& array = recordOf(*this);
+    ArrayRecord& array = recordOf(*this);
     checkIndex(array, index, array.count);
     const auto slot = static_cast<std::size_t>(index);
     const Native element = elementOf(array, value);
@@ -165,7 +165,7 @@ void Array::put(HostInteger index, const Value& value)
 
 void Array::insert(HostInteger index, const Value& value)
 {
-    auto& array = recordOf(*this);
+    ArrayRecord& array = recordOf(*this);
     checkIndex(array, index, array.count + 1);
     const auto slot = static_cast<std::size_t>(index);
     const Native element = elementOf(array, value);
@@ -177,7 +177,7 @@ void Array::insert(HostInteger index, const Value& value)
 
 void Array::remove(HostInteger index)
 {
-    auto& array = recordOf(*this);
+    ArrayRecord& array = recordOf(*this);
     checkIndex(array, index, array.count);
     const auto slot = static_cast<std::size_t>(index);
     void* const old = referenceAt(array, slot);

@@ -66,7 +66,7 @@ void release(const void* value)
     if (!isLive(value))
         return noteMisuse(
             fmt::format("a reference to {} was dropped, which is not a live host value", value));
-    auto* header = headerOf(value);
+    ValueHeader* header = headerOf(value);
     if (header->references > 1) {
         --header->references;
         return;

@@ -58,7 +58,7 @@ const AtomicAccess* accessTo(const void* field, const Type& type)
 
 Native loadField(const void* field, const Type& type)
 {
-    if (const auto* access = accessTo(field, type)) return access->load(field);
+    if (const AtomicAccess* access = accessTo(field, type)) return access->load(field);
     Native native = {};
     std::memcpy(&native, field, sizeInMemory(type));
     return native;
@@ -66,7 +66,7 @@ Native loadField(const void* field, const Type& type)
 
 void storeField(void* field, const Native& native, const Type& type)
 {
-    if (const auto* access = accessTo(field, type)) return access->store(field, native);
+    if (const AtomicAccess* access = accessTo(field, type)) return access->store(field, native);
     storeNative(field, native, type);
 }
 

@@ -44,7 +44,7 @@ bool makeReference(const std::string& path, void* reference)
 FolderItem FolderItem::at(const std::string& path)
 {
     std::error_code ignored;
-    auto absolute = std::filesystem::absolute(path, ignored).lexically_normal().string();
+    std::string absolute = std::filesystem::absolute(path, ignored).lexically_normal().string();
     while (absolute.size() > 1 && absolute.back() == '/') absolute.pop_back();
     auto* item = makeValue<FolderItemRecord>(itemRow);
     if (!item) throw std::bad_alloc();
@@ -66,7 +66,7 @@ bool itemReference(const FolderItem& item, void* reference)
 bool parentReference(const FolderItem& item, void* reference, void* name)
 {
     if (!item) return false;
-    const auto units = convertText(item.name(), encodingUTF8, encodingUTF16);
+    const std::optional<std::string> units = convertText(item.name(), encodingUTF8, encodingUTF16);
     HFSUniStr255 itemName = {};
     if (units->empty() || units->size() > sizeof itemName.unicode || !makeReference(item.parent(), reference))
         return false;

@@ -85,7 +85,7 @@ void String::setEncoding(std::uint32_t encoding) const
 
 std::string String::text() const
 {
-    auto source = encoding();
+    std::uint32_t source = encoding();
     if (!isKnownEncoding(source)) source = isUTF8(bytes()) ? encodingUTF8 : encodingMacRoman;
     return *convertText(bytes(), source, encodingUTF8);
 }
@@ -93,7 +93,8 @@ std::string String::text() const
 String String::converted(std::uint32_t to) const
 {
     if (!get() || encoding() == to) return *this;
-    if (const auto text = convertText(bytes(), encoding(), to)) return ofBytes(*text, to);
+    if (const std::optional<std::string> text = convertText(bytes(), encoding(), to))
+        return ofBytes(*text, to);
     if (isKnownEncoding(to) && isAscii(bytes())) return ofBytes(*convertText(bytes(), encodingASCII, to), to);
     return {};
 }

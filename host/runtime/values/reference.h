@@ -68,7 +68,7 @@ using AnyRef = Ref<void>;
 template <class Handle>
 Handle checkedArgument(typename Handle::Record* value, const char* service)
 {
-    auto* checked = checkedValue(value, Handle::kind, service);
+    void* checked = checkedValue(value, Handle::kind, service);
     return Handle(Handle::share(static_cast<typename Handle::Record*>(checked)));
 }
 

@@ -45,7 +45,7 @@ CodePoints readUTF8(std::string_view bytes)
     auto left = static_cast<utf8proc_ssize_t>(bytes.size());
     while (left > 0) {
         utf8proc_int32_t c = 0;
-        auto used = utf8proc_iterate(next, left, &c);
+        utf8proc_ssize_t used = utf8proc_iterate(next, left, &c);
         if (used <= 0) {
             used = 1;
             c = replacement;
@@ -245,8 +245,8 @@ bool isKnownEncoding(std::uint32_t encoding) { return rowOf(encoding) != nullptr
 
 std::optional<std::string> convertText(std::string_view bytes, std::uint32_t from, std::uint32_t to)
 {
-    const auto* source = rowOf(from);
-    const auto* target = rowOf(to);
+    const EncodingRow* source = rowOf(from);
+    const EncodingRow* target = rowOf(to);
     if (!source || !target) return std::nullopt;
     return target->write(source->read(bytes));
 }

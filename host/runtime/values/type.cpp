@@ -79,7 +79,7 @@ Type typeNamed(std::string_view name)
     Type type;
     while (!name.empty() && name.back() == ' ') name.remove_suffix(1);
     if (name.size() > 2 && name.back() == ')') {
-        auto open = name.find('(');
+        const std::size_t open = name.find('(');
         if (open != name.npos && name.find_first_not_of(' ', open + 1) == name.size() - 1) {
             type.isArray = true;
             name = name.substr(0, open);

@@ -167,7 +167,7 @@ bool sameValue(const Value& left, const Value& right)
     if (left.isText() && right.isText()) return left.text() == right.text();
     if (left.isBoolean() && right.isBoolean()) return left.boolean() == right.boolean();
     if (left.isNil() || right.isNil()) return left.isNil() && right.isNil();
-    const auto first = left.reference(), second = right.reference();
+    const AnyRef first = left.reference(), second = right.reference();
     return first && first.get() == second.get();
 }
 

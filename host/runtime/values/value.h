@@ -68,7 +68,7 @@ public:
     template <class Handle>
     Handle as() const
     {
-        auto* address = referenceOf(Handle::kind).detach();
+        void* address = referenceOf(Handle::kind).detach();
         return Handle(Handle::adopt(static_cast<typename Handle::Record*>(address)));
     }
     MemoryBlock memoryBlock() const { return as<MemoryBlock>(); }
