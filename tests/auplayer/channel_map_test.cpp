@@ -1,6 +1,6 @@
 // The methods that read the output unit's channel map into a host array and write a host array into the map.
 #include "plugin/host_array.h"
-#include "tests/auplayer/watched_player_test.h"
+#include "tests/auplayer/watched_player_fixture.h"
 
 #include <cstdint>
 #include <cstring>

@@ -1,5 +1,5 @@
 // The class table of AUPlayerKVX, compared with the tables below.
-#include "tests/auplayer/player_test.h"
+#include "tests/auplayer/player_fixture.h"
 #include "tests/support/class_table.h"
 
 #include <cstddef>

@@ -1,5 +1,5 @@
 // The property that returns the list of output devices as a host Dictionary.
-#include "tests/auplayer/watched_player_test.h"
+#include "tests/auplayer/watched_player_fixture.h"
 
 #include "plugin/process_state.h"
 #include "plugin/services.h"
@@ -176,7 +176,7 @@ TEST_F(DeviceList, MapsIdentifiersToNames)
          {"2147483647: \"a\"", std::to_string(static_cast<HostInteger>(0xFFFFFFFF)) + ": \"b\""}},
         {"identifier 0", {{0, "a"}}, {"0: \"a\""}},
         {"a name ends at its terminator", {{40, std::string("ab\0cd", 5)}}, {"40: \"ab\""}},
-        {"an empty name is no string", {{40, ""}}, {"40: no string"}},
+        {"an empty name is not a string", {{40, ""}}, {"40: no string"}},
         {"more than ASCII", {{40, "G\xC3\xBCte"}}, {"40: \"G\\xC3\\xBCte\""}},
         {"199 bytes", {{40, almost}}, {"40: <199 bytes>"}},
         {"200 bytes without a terminator", {{40, longest}}, {"40: <200 bytes>"}},

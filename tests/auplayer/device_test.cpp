@@ -1,5 +1,5 @@
 // The properties for the graph's output device and the system's default device.
-#include "tests/auplayer/watched_player_test.h"
+#include "tests/auplayer/watched_player_fixture.h"
 
 namespace {
 

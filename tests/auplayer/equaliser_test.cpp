@@ -1,6 +1,6 @@
 // The method updateEQ, which sets the equaliser's gains from a host array of Double or Single.
 #include "plugin/host_array.h"
-#include "tests/auplayer/watched_player_test.h"
+#include "tests/auplayer/watched_player_fixture.h"
 
 #include <cmath>
 #include <type_traits>

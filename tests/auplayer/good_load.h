@@ -1,7 +1,7 @@
 // The platform calls of a successful load.
 #pragma once
 
-#include "tests/auplayer/player_test.h"
+#include "tests/auplayer/player_fixture.h"
 
 #include <string>
 

@@ -1,5 +1,5 @@
 // Construction and destruction: the initial state, and the order in which the destructor releases everything.
-#include "tests/auplayer/player_test.h"
+#include "tests/auplayer/player_fixture.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,5 +1,5 @@
 // The properties InputVolume and InputEnabled of the mixer inputs.
-#include "tests/auplayer/watched_player_test.h"
+#include "tests/auplayer/watched_player_fixture.h"
 
 #include <cmath>
 

@@ -1,5 +1,5 @@
 // The property TimePitchUnit, which chooses between the two rate units.
-#include "tests/auplayer/watched_player_test.h"
+#include "tests/auplayer/watched_player_fixture.h"
 
 #include <cstdint>
 

@@ -1,5 +1,5 @@
 // The main thread changes the position and the loop while the render thread renders.
-#include "tests/auplayer/player_test.h"
+#include "tests/auplayer/player_fixture.h"
 
 #include <atomic>
 #include <thread>

@@ -1,5 +1,5 @@
 // The play position and the loop points, which are seconds for host programs and frames in the record.
-#include "tests/auplayer/player_test.h"
+#include "tests/auplayer/player_fixture.h"
 
 #include <cmath>
 #include <limits>

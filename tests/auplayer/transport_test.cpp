@@ -1,5 +1,5 @@
 // Start, stop and reset: the platform calls, and the value of `Lasterror`.
-#include "tests/auplayer/watched_player_test.h"
+#include "tests/auplayer/watched_player_fixture.h"
 
 namespace {
 

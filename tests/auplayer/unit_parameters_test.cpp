@@ -1,5 +1,5 @@
 // Levels and rates: the unit parameter of each property, and the value of `Lasterror`.
-#include "tests/auplayer/watched_player_test.h"
+#include "tests/auplayer/watched_player_fixture.h"
 
 #include <cmath>
 

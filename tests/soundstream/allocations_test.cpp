@@ -1,6 +1,6 @@
 // The memory that the sound bridge allocates: its three kinds of records, and nothing else.
 #include "tests/soundstream/pulled_list.h"
-#include "tests/soundstream/stream_test.h"
+#include "tests/soundstream/stream_fixture.h"
 #include "tests/support/c_library_spy.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // The component's GetInfo and SetInfo calls: single values, lists, and accepted settings.
-#include "tests/soundstream/stream_test.h"
+#include "tests/soundstream/stream_fixture.h"
 
 #include <cstring>
 

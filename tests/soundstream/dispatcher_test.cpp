@@ -1,5 +1,5 @@
 // The component's entry point: each selector, its handler, and the procedure information of the handler.
-#include "tests/soundstream/stream_test.h"
+#include "tests/soundstream/stream_fixture.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,7 +1,7 @@
 // Two threads at the points where they could collide. One thread waits inside a platform call until the other
 // thread has reached its own point.
 #include "tests/soundstream/pulled_list.h"
-#include "tests/soundstream/stream_test.h"
+#include "tests/soundstream/stream_fixture.h"
 #include "tests/support/c_library_spy.h"
 
 #include <atomic>

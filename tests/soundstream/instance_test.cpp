@@ -1,5 +1,5 @@
 // An instance of the component: how it is opened, is initialised, plays and is closed.
-#include "tests/soundstream/stream_test.h"
+#include "tests/soundstream/stream_fixture.h"
 #include "tests/support/c_library_spy.h"
 
 #include <cstring>

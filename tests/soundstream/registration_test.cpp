@@ -1,6 +1,6 @@
 // The platform calls of an object's InitComponent, OpenComponent, CloseComponent and destruction, and the
 // properties in each state.
-#include "tests/soundstream/stream_test.h"
+#include "tests/soundstream/stream_fixture.h"
 #include "tests/support/c_library_spy.h"
 
 #include <cstring>

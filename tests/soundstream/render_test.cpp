@@ -1,6 +1,6 @@
 // The render procedure: silence if no instance is audible, else the mixer's samples through the converter.
 #include "tests/soundstream/pulled_list.h"
-#include "tests/soundstream/stream_test.h"
+#include "tests/soundstream/stream_fixture.h"
 
 #include <cstring>
 

@@ -1,6 +1,6 @@
 // The methods that open, attach, initialise and start an output unit. Each method returns and stores a
 // status.
-#include "tests/soundstream/stream_test.h"
+#include "tests/soundstream/stream_fixture.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // A fixture that records the value of `Lasterror` in each platform call of the player.
 #pragma once
 
-#include "tests/auplayer/player_test.h"
+#include "tests/auplayer/player_fixture.h"
 
 #include <string>
 #include <vector>

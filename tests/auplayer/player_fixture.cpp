@@ -1,4 +1,4 @@
-#include "tests/auplayer/player_test.h"
+#include "tests/auplayer/player_fixture.h"
 
 #include "auplayer/render.h"
 #include "plugin/process_state.h"

@@ -1,4 +1,4 @@
-#include "tests/soundstream/stream_test.h"
+#include "tests/soundstream/stream_fixture.h"
 
 #include "soundstream/render.h"
 #include "tests/support/c_library_spy.h"
