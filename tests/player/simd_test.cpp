@@ -147,7 +147,7 @@ const struct {
     {0, 0.91875f, true, "the start"},
     {0.91875f, 0.91875f, true, "one step on"},
     {1e6, 0.91875f, true, "whole frames"},
-    {0.1, 0.91875f, false, "a tenth is no multiple of the step's last place"},
+    {0.1, 0.91875f, false, "a tenth is not a multiple of the step's last place"},
     {std::ldexp(1.0, -24), 0.91875f, true, "the step's last place"},
     {std::ldexp(1.0, -25), 0.91875f, false, "half of it"},
     {std::ldexp(1.0, 28) - 1, 0.91875f, true, "just below 2^52 last places"},

@@ -37,7 +37,7 @@ TEST(DependencyRules, FindForbiddenIncludes)
         {"player/render.cpp",            "#include <sndfile.h>",                      true,  "the plug-in uses no library but the platform"},
         {"player/render.cpp",            "#include <unistd.h>",                       true,  "the header is not in the list of allowed C headers"},
         {"player/render.cpp",            "  #  include   <vector> // why not",        true,  "spaces do not hide the directive"},
-        {"player/render.cpp",            "// #include <vector>",                      false, "a comment is no directive"},
+        {"player/render.cpp",            "// #include <vector>",                      false, "a comment is not a directive"},
         {"plugin/services.cpp",          "#include \"abi/class_definition.h\"",       false, "the plug-in uses the shared records"},
         {"plugin/services.cpp",          "#include \"tests/support/spy.h\"",          true,  "only tests include test headers"},
         {"abi/word.h",                   "#include <cstdint>",                        false, "the records use fixed-width integers"},

@@ -14,7 +14,7 @@ struct DynamicSymbol {
 };
 
 struct ElfFile {
-    int bits = 0;                       ///< 32 or 64; 0 if the file is no ELF shared library
+    int bits = 0;                       ///< 32 or 64; 0 if the file is not an ELF shared library
     int machine = 0;                    ///< EM_386 or EM_X86_64
     std::vector<DynamicSymbol> symbols; ///< global and weak symbols
     std::vector<std::string> needed;    ///< names of the libraries that this library loads

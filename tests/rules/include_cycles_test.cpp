@@ -41,7 +41,7 @@ TEST(IncludeCycles, AreFoundBetweenUnits)
         const char* why;
     } facts[] = {
         // clang-format off
-        {{{"a/x.h", 1, "a/y.h", true}, {"a/y.h", 1, "a/z.h", true}},     {},                         "a chain is no cycle"},
+        {{{"a/x.h", 1, "a/y.h", true}, {"a/y.h", 1, "a/z.h", true}},     {},                         "a chain is not a cycle"},
         {{{"a/x.cpp", 1, "a/x.h", true}},                                {},                         "a source and its header are one unit"},
         {{{"a/x.h", 1, "a/y.h", true}, {"a/y.cpp", 1, "a/x.h", true}},   {"a/x", "a/y", "a/x"},      "the includes of a source count"},
         {{{"a/v.h", 1, "a/x.h", true}, {"a/x.h", 1, "a/y.h", true}, {"a/y.h", 1, "a/z.h", true}, {"a/z.h", 1, "a/x.h", true}},
@@ -64,7 +64,7 @@ TEST(IncludeCycles, AreFoundBetweenFolders)
         const char* why;
     } facts[] = {
         // clang-format off
-        {{{"a/x", {"b/y"}}, {"b/z", {"c/x"}}},                        {},                     "a chain is no cycle"},
+        {{{"a/x", {"b/y"}}, {"b/z", {"c/x"}}},                        {},                     "a chain is not a cycle"},
         {{{"a/x", {"b/y"}}, {"b/z", {"a/w"}}},                        {"a", "b", "a"},        "different units connect the same folders"},
         {{{"a/x", {"a/s/y"}}, {"a/s/y", {"a/x"}}},                    {},                     "a folder and its subfolder may include each other"},
         {{{"p/a/s/x", {"p/b/y"}}, {"p/b/y", {"p/a/x"}}},              {"p/a", "p/b", "p/a"},  "a subfolder belongs to its folder"},

@@ -267,7 +267,7 @@ TEST_F(Render, RefusesInOneLineAndLeavesNoFile)
     support::writeSound(sound, folder / "good.wav");
     support::writeSound(support::makeNoise(44100, 3, 441), folder / "three.wav");
     support::writeSound({44100, 2, {}}, folder / "silent.wav");
-    std::ofstream(folder / "text.wav") << "Dear reader,\nthis is no sound.\n";
+    std::ofstream(folder / "text.wav") << "Dear reader,\nthis is not a sound.\n";
     std::ofstream(folder / "empty.wav");
     support::writeSound(support::makeNoise(3, 1, 10), folder / "slow.wav");
     fs::create_directory(folder / "folder");

@@ -24,7 +24,7 @@ struct UsageErrors : KvxTest {
         support::writeSound({44100, 2, {}}, folder / "silent.wav");
         copyBytes("good.wav", "header.wav", 30);
         std::ofstream(folder / "text.txt") << "Dear reader,\nthis is a letter.\n";
-        std::ofstream(folder / "text.wav") << "Dear reader,\nthis is no sound.\n";
+        std::ofstream(folder / "text.wav") << "Dear reader,\nthis is not a sound.\n";
         std::ofstream(folder / "empty.wav");
         writeJunk("junk.mp3", 3000);
         writeJunk("more.mp3", 30000);

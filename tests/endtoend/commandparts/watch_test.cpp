@@ -103,7 +103,7 @@ TEST_F(DeviceWatch, EachKindOfChangePrintsOneLine)
     for (const auto& fact : facts) {
         write(fact.address, fact.value);
         EXPECT_EQ(linesUntil(name + fact.line), Lines{name + fact.line});
-        write(fact.address, fact.value); // a write of the present value is no change
+        write(fact.address, fact.value); // a write of the present value is not a change
         watch->reportChanges(0.02);
         EXPECT_EQ(lines, Lines{});
     }

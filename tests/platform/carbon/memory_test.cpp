@@ -109,7 +109,7 @@ TEST(Handles, ThatAreInvalidAreReported)
         EXPECT_EQ(MemError(), fact.error);
         EXPECT_EQ(MemError(), noErr);
         DisposeHandle(fact.handle); // the second row's handle has already been disposed of
-        EXPECT_EQ(MemError(), fact.handle ? fact.error : noErr) << "NULL is no error";
+        EXPECT_EQ(MemError(), fact.handle ? fact.error : noErr) << "NULL is not an error";
     }
     EXPECT_EQ(alive(), 0);
 }

@@ -106,7 +106,7 @@ TEST(Capture, StartsAndStopsWhileTheDevicePlays)
         EXPECT_EQ(readSound(path).samples, std::vector<float>(128, static_cast<float>(i)));
     }
     KVXPlatformStep(device, 64);
-    EXPECT_EQ(KVXPlatformStopCapture(device), 0) << "nothing to finish is no error";
+    EXPECT_EQ(KVXPlatformStopCapture(device), 0) << "nothing to finish is not an error";
     EXPECT_EQ(folder.count(), 3u);
 }
 

@@ -87,7 +87,7 @@ TEST(Control, FindsAllDevicesThatFitAText)
         {"KITCHEN RADIO", {radio, other}, "a whole name comes before a part of a name"},
         {"kitchen", {radio, other, two}, "a part of a name in upper or lower case"},
         {"own:two", {two}, "a UID"},
-        {"own:", {}, "a part of a UID is no match"},
+        {"own:", {}, "a part of a UID is not a match"},
         {"0", {KVXPlatformBuiltInSimulatedDevice()}, "a row number of the device list"},
         {"99999", {}, "a number without a row"},
         {"Bathroom", {}, "no device has this name"},

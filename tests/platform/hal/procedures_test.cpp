@@ -49,7 +49,7 @@ TEST(Procedures, ReturnTheStatedStatusInAnyOrder)
         {[=] { return AudioDeviceRemoveIOProc(id, quiet); }, good, "stops it as well"},
         {[=] { return AudioDeviceRemoveIOProc(id, quiet); }, refused, "removed"},
         {[=] { return AudioDeviceStop(id, quiet); }, refused, "removed"},
-        {[=] { return AudioDeviceDestroyIOProcID(id, other); }, refused, "a function is no unique ID"},
+        {[=] { return AudioDeviceDestroyIOProcID(id, other); }, refused, "a function is not a unique ID"},
         {[=] { return AudioDeviceRemoveIOProc(id, other); }, good, "the other is still registered"},
         {[=] { return AudioDeviceStop(id, nullptr); }, refused, "the device itself was not started"},
         {[=] { return AudioDeviceCreateIOProcID(id, quiet, nullptr, nullptr); }, refused,
@@ -60,7 +60,7 @@ TEST(Procedures, ReturnTheStatedStatusInAnyOrder)
         {[=] { return AudioDeviceStop(missing, quiet); }, noDevice, "no such device"},
         {[=] { return AudioDeviceStart(kAudioObjectSystemObject, quiet); }, noDevice,
          "an object, but no device"},
-        {[=] { return AudioDeviceAddIOProc(0, quiet, nullptr); }, noDevice, "0 is no device"},
+        {[=] { return AudioDeviceAddIOProc(0, quiet, nullptr); }, noDevice, "0 is not a device"},
     };
     for (const auto& fact : facts) EXPECT_EQ(text(fact.call()), text(fact.expected)) << fact.why;
     EXPECT_EQ(KVXPlatformStep(device, 64), 0u);

@@ -466,11 +466,11 @@ TEST(Setting, QualifierSelectsOwnedObjects)
     }
     UInt32 size = 0;
     EXPECT_EQ(AudioObjectGetPropertyDataSize(device, &at, 4, nullptr, &size), noErr)
-        << "a null list is no qualifier";
+        << "a null list is not a qualifier";
     EXPECT_EQ(size, 4u);
     const AudioClassID streams = 'astr';
     EXPECT_EQ(AudioObjectGetPropertyDataSize(device, &at, 3, &streams, &size), noErr)
-        << "less than one class is no qualifier";
+        << "less than one class is not a qualifier";
     EXPECT_EQ(size, 4u);
 }
 

@@ -201,7 +201,7 @@ TEST(MixerCommands, RefuseUnknownSourcesAndBadArguments)
     EXPECT_EQ(mixer.play(source, noSamples), paramErr);
     EXPECT_EQ(mixer.play(source, negative), paramErr);
     EXPECT_EQ(SoundComponentInitOutputDevice(mixer.instance, 0), badComponentSelector)
-        << "a mixer is no output device";
+        << "a mixer is not an output device";
     EXPECT_EQ(SoundComponentAddSource(nullptr, nullptr), badComponentInstance);
     EXPECT_EQ(mixer.fetchAll(), buffer.samples);
 }

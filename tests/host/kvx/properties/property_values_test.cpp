@@ -31,7 +31,7 @@ TEST(PropertyTypes, HaveEachSelectorOnce)
         if (type.question != Question::none)
             EXPECT_EQ(type.extent, Extent::one) << "a question has a single value";
     }
-    EXPECT_EQ(kvx::findPropertyType('****'), nullptr) << "a wildcard is no selector of a property";
+    EXPECT_EQ(kvx::findPropertyType('****'), nullptr) << "a wildcard is not a selector of a property";
     EXPECT_EQ(kvx::findPropertyType(0), nullptr);
 }
 

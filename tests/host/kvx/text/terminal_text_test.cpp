@@ -164,7 +164,7 @@ TEST(TerminalWidth, FollowsTheTerminal)
     EXPECT_EQ(kvx::terminalWidth(inner), 0u) << "the terminal reports no width";
     close(inner);
     close(outer);
-    EXPECT_EQ(kvx::terminalWidth(-1), 0u) << "the descriptor is no terminal";
+    EXPECT_EQ(kvx::terminalWidth(-1), 0u) << "the descriptor is not a terminal";
 }
 
 } // namespace
