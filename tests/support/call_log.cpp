@@ -1,5 +1,7 @@
 #include "tests/support/call_log.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <mutex>
 
@@ -10,21 +12,24 @@ using Guard = std::lock_guard<SpinLock>;
 void CallLog::add(std::string_view call)
 {
     const Guard guard(lock_);
-    if (size_ + call.size() + 1 > text_.size()) size_ = count_ = 0;
+    ++count_;
+    isFull_ = isFull_ || size_ + call.size() + 1 > text_.size();
+    if (isFull_) return;
     *std::copy(call.begin(), call.end(), text_.data() + size_) = '\0';
     size_ += call.size() + 1;
-    ++count_;
 }
 
 void CallLog::forget()
 {
     const Guard guard(lock_);
     size_ = count_ = 0;
+    isFull_ = false;
 }
 
 Calls CallLog::calls() const
 {
     const Guard guard(lock_);
+    if (isFull_) ADD_FAILURE() << "the log is full: it lacks the last of " << count_ << " calls";
     Calls calls;
     for (std::size_t start = 0; start < size_; start += calls.back().size() + 1)
         calls.emplace_back(text_.data() + start);

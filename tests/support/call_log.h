@@ -62,21 +62,22 @@ Line& operator<<(Line& line, Integer number)
                                      : line.print("%llu", static_cast<unsigned long long>(number));
 }
 
-/// The texts of calls. When the log is full, add() first forgets all earlier calls.
-/// [any]
+/// The texts of calls. A full log counts further calls but keeps no texts of them; calls() then fails the
+/// test. [any]
 class CallLog {
 public:
     void add(std::string_view call);
     void forget();
 
     Calls calls() const;
-    /// Return the number of calls in the log.
+    /// Return the number of calls since the last forget().
     std::size_t count() const;
 
 private:
     mutable SpinLock lock_;
     std::array<char, 1 << 22> text_; // texts of the calls, each with a terminator
     std::size_t size_ = 0, count_ = 0;
+    bool isFull_ = false; // whether a call did not fit the memory
 };
 
 } // namespace spy

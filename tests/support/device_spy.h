@@ -1,6 +1,6 @@
 // A spy for the platform functions that the buffered player calls: the default output device, stream formats,
-// I/O procedures and Delay. Recording allocates nothing, because the render thread calls some of these
-// functions.
+// I/O procedures and Delay. The render thread calls some of these functions, so recording allocates nothing
+// unless a test scripts a value of more than 15 bytes or a function with a large capture.
 //
 // A refused property call fills the caller's buffer with garbage.
 #pragma once
