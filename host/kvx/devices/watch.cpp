@@ -134,11 +134,4 @@ std::vector<DeviceFacts> Watch::devices() const
     return devices;
 }
 
-std::size_t Watch::listenerCount() const
-{
-    std::size_t count = systemListeners_.size();
-    for (const auto& [device, watched] : watched_) count += watched.listeners.size();
-    return count;
-}
-
 } // namespace kvx

@@ -33,9 +33,6 @@ public:
     std::vector<DeviceFacts> devices() const;
     const Roles& roles() const { return roles_; }
 
-    /// The number of listeners that the watch has added.
-    std::size_t listenerCount() const;
-
 private:
     struct Watched {
         DeviceFacts facts;

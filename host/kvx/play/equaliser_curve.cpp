@@ -6,7 +6,6 @@
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <iterator>
 #include <strings.h>
 
 namespace kvx {
@@ -15,7 +14,7 @@ namespace {
 // clang-format off
 // Band centres, Hz: 20 25 31.5 | 40 50 63 80 | 100 125 160 | 200 250 315 400 | 500 630 800 | 1k 1.25k 1.6k | 2k 2.5k 3.15k
 //                   4k | 5k 6.3k 8k | 10k 12.5k 16k 20k
-constexpr NamedCurve curves[] = {
+constexpr std::initializer_list<NamedCurve> curves = {
     {"flat",      "every band at 0 dB: leaves the sound unchanged",
      {0,0,0, 0,0,0,0, 0,0,0, 0,0,0,0, 0,0,0, 0,0,0, 0,0,0, 0, 0,0,0, 0,0,0,0}},
     {"bass",      "more below 200 Hz",
@@ -48,7 +47,7 @@ bool isNamed(std::string_view text, const char* name)
 
 } // namespace
 
-NamedCurves namedCurves() { return {curves, std::size(curves)}; }
+std::initializer_list<NamedCurve> namedCurves() { return curves; }
 
 Gains readGains(std::string_view text)
 {

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -22,12 +23,8 @@ struct NamedCurve {
     Gains gains;
 };
 
-/// The table of the named equaliser curves: [first, first + count).
-struct NamedCurves {
-    const NamedCurve* first;
-    std::size_t count;
-};
-NamedCurves namedCurves();
+/// The table of the named equaliser curves.
+std::initializer_list<NamedCurve> namedCurves();
 
 /// Read the name of an equaliser curve, in upper or lower case, or 31 numbers separated by commas.
 /// Errors  throws WrongUsage.

@@ -28,7 +28,7 @@ constexpr PropertyType question(Code selector, Question kind, Form form = Form::
 }
 
 // clang-format off
-constexpr PropertyType types[] = {
+constexpr std::initializer_list<PropertyType> types = {
     // ---- properties of every object ----
     value('clas', Form::code),      value('stdv', Form::object),    value('ownd', Form::object, many),
     value('oplg', Form::reference), value('lnam', Form::reference), value('lmak', Form::reference),
@@ -363,7 +363,7 @@ std::optional<std::string> formatRecord(Form form, std::string_view value)
 
 } // namespace
 
-PropertyTypes propertyTypes() { return {types, std::size(types)}; }
+std::initializer_list<PropertyType> propertyTypes() { return types; }
 
 const PropertyType* findPropertyType(Code selector)
 {

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -49,12 +50,8 @@ struct PropertyType {
     Question question;
 };
 
-/// The table of known properties: [first, first + count).
-struct PropertyTypes {
-    const PropertyType* first;
-    std::size_t count;
-};
-PropertyTypes propertyTypes();
+/// The table of known properties.
+std::initializer_list<PropertyType> propertyTypes();
 
 /// Find the type of a property; null if the selector is unknown.
 const PropertyType* findPropertyType(Code selector);

@@ -19,7 +19,7 @@ std::string_view withoutQuotes(std::string_view text)
 }
 
 // clang-format off
-constexpr StatusFact facts[] = {
+constexpr std::initializer_list<StatusFact> facts = {
     {0,      "no error"},
     {-1,     "the library refused the call before any platform call"},
     {'stop', "the device is not running"},
@@ -97,7 +97,7 @@ std::optional<Code> readCodeOrNumber(std::string_view text)
     return code ? code : readNumber(text);
 }
 
-StatusFacts statusFacts() { return {facts, std::size(facts)}; }
+std::initializer_list<StatusFact> statusFacts() { return facts; }
 
 std::string formatStatus(Status status)
 {

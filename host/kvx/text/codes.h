@@ -2,8 +2,8 @@
 // character of a code is its highest byte.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,12 +34,8 @@ struct StatusFact {
     const char* meaning; ///< a clause without a period
 };
 
-/// The table of known statuses: [first, first + count).
-struct StatusFacts {
-    const StatusFact* first;
-    std::size_t count;
-};
-StatusFacts statusFacts();
+/// The table of known statuses.
+std::initializer_list<StatusFact> statusFacts();
 
 /// Format a status as code, number and meaning: "'who?' (2003332927): the object has no such property …".
 std::string formatStatus(Status status);

@@ -31,12 +31,10 @@ TEST_F(PropertyForms, PrintEveryValueOfEveryObject)
 {
     std::size_t values = 0;
     const kvx::CoreAudio core(loaded.host);
-    const kvx::PropertyTypes types = kvx::propertyTypes();
     for (kvx::ObjectID object : allObjects(core))
-        for (std::size_t i = 0; i < types.count; ++i)
+        for (const kvx::PropertyType& type : kvx::propertyTypes())
             for (kvx::Code scope : {kvx::globalScope, kvx::outputScope, kvx::inputScope})
                 for (std::uint32_t element = 0; element <= 3; ++element) {
-                    const kvx::PropertyType& type = types.first[i];
                     if (type.question != Question::none) continue;
                     const kvx::PropertyAddress address = {object, type.selector, scope, element};
                     const auto answer =

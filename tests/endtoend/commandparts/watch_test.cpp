@@ -53,6 +53,9 @@ struct DeviceWatch : LoadedHostTest {
         ASSERT_EQ(core->write(address, value), 0) << kvx::formatCode(address.selector);
     }
 
+    /// The number of live listeners, all of which the watch has added.
+    std::size_t listenerCount() const { return loaded.host.leaks().countOfClass("CoreAudioListenerKVX"); }
+
     std::string named(const char* name, KVXDeviceID id)
     {
         return std::string(name) + " (id " + std::to_string(id) + ")";
@@ -64,7 +67,7 @@ TEST_F(DeviceWatch, KnowsTheDevicesFromTheStart)
     ASSERT_EQ(watch->devices().size(), 2u);
     EXPECT_EQ(watch->devices()[0].id, KVXPlatformBuiltInSimulatedDevice());
     EXPECT_EQ(watch->roles().output, KVXPlatformBuiltInSimulatedDevice());
-    EXPECT_EQ(watch->listenerCount(), perSystem + 2 * perDevice);
+    EXPECT_EQ(listenerCount(), perSystem + 2 * perDevice);
     watch->reportChanges(0);
     EXPECT_EQ(lines, Lines{}) << "no changes";
 }
@@ -73,12 +76,12 @@ TEST_F(DeviceWatch, NewDevicesGetListenersAndRemovedDevicesLoseThem)
 {
     const auto desk = plugIn("Desk");
     EXPECT_EQ(linesUntil(named("Desk", desk) + ": came, 0 in, 2 out, 44100 Hz").size(), 1u);
-    EXPECT_EQ(watch->listenerCount(), perSystem + 3 * perDevice);
+    EXPECT_EQ(listenerCount(), perSystem + 3 * perDevice);
     write({desk, 'nsrt'}, bytes(48000.0));
     EXPECT_EQ(linesUntil(named("Desk", desk) + ": rate from 44100 to 48000 Hz").size(), 1u);
     KVXPlatformRemoveSimulatedDevice(desk);
     EXPECT_EQ(linesUntil(named("Desk", desk) + ": went").size(), 1u);
-    EXPECT_EQ(watch->listenerCount(), perSystem + 2 * perDevice);
+    EXPECT_EQ(listenerCount(), perSystem + 2 * perDevice);
     EXPECT_EQ(watch->devices().size(), 2u);
 }
 
@@ -159,10 +162,10 @@ TEST_F(DeviceWatch, DevicesAddedAndRemovedBetweenTwoReportsLeaveNoListeners)
     const auto desk = plugIn("Desk");
     linesUntil(named("Desk", desk) + ": came, 0 in, 2 out, 44100 Hz");
     EXPECT_EQ(watch->devices().size(), 3u);
-    EXPECT_EQ(watch->listenerCount(), perSystem + 3 * perDevice);
+    EXPECT_EQ(listenerCount(), perSystem + 3 * perDevice);
     KVXPlatformRemoveSimulatedDevice(desk);
     EXPECT_EQ(linesUntil(named("Desk", desk) + ": went").back(), named("Desk", desk) + ": went");
-    EXPECT_EQ(watch->listenerCount(), perSystem + 2 * perDevice);
+    EXPECT_EQ(listenerCount(), perSystem + 2 * perDevice);
 }
 
 TEST_F(DeviceWatch, EndsWithPendingEvents)

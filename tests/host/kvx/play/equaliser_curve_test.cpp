@@ -28,9 +28,7 @@ std::string refusalOf(const std::string& text)
 TEST(NamedCurves, HaveDifferentNamesAndGainsInRange)
 {
     std::set<std::string> names;
-    const kvx::NamedCurves curves = kvx::namedCurves();
-    for (std::size_t i = 0; i < curves.count; ++i) {
-        const kvx::NamedCurve& curve = curves.first[i];
+    for (const kvx::NamedCurve& curve : kvx::namedCurves()) {
         EXPECT_TRUE(names.insert(curve.name).second) << curve.name;
         EXPECT_NE(std::string(curve.purpose), "");
         for (double gain : curve.gains) {

@@ -23,9 +23,7 @@ using kvx::Question;
 TEST(PropertyTypes, HaveEachSelectorOnce)
 {
     std::set<kvx::Code> seen;
-    const kvx::PropertyTypes types = kvx::propertyTypes();
-    for (std::size_t i = 0; i < types.count; ++i) {
-        const kvx::PropertyType& type = types.first[i];
+    for (const kvx::PropertyType& type : kvx::propertyTypes()) {
         EXPECT_TRUE(seen.insert(type.selector).second) << kvx::formatCode(type.selector);
         EXPECT_EQ(kvx::findPropertyType(type.selector), &type);
         if (type.question != Question::none)

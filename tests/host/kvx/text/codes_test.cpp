@@ -108,10 +108,9 @@ TEST(Statuses, ArePrintedAsCodeNumberAndMeaning)
 TEST(Statuses, OfThePlatformHaveOneMeaningEach)
 {
     std::set<kvx::Status> known;
-    const kvx::StatusFacts facts = kvx::statusFacts();
-    for (std::size_t i = 0; i < facts.count; ++i) {
-        EXPECT_TRUE(known.insert(facts.first[i].status).second) << facts.first[i].status;
-        EXPECT_NE(std::string(facts.first[i].meaning), "");
+    for (const kvx::StatusFact& fact : kvx::statusFacts()) {
+        EXPECT_TRUE(known.insert(fact.status).second) << fact.status;
+        EXPECT_NE(std::string(fact.meaning), "");
     }
     // clang-format off
     constexpr kvx::Status required[] = {
