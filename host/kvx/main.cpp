@@ -1,9 +1,9 @@
 // The command `kvx`: plays and renders sound files through the library, and shows the library's classes and
 // the audio devices. This file declares the subcommands, except those that play and render, and the exit
 // codes.
-#include "host/kvx/devices/shared_options.h"
+#include "host/kvx/classes_and_devices.h"
+#include "host/kvx/command_line/shared_options.h"
 #include "host/kvx/files/tune.h"
-#include "host/kvx/list_commands.h"
 #include "host/kvx/play/command_line.h"
 #include "host/kvx/properties/property_commands.h"
 #include "host/kvx/text/failure.h"

@@ -2,7 +2,7 @@
 // All functions: [main].
 #pragma once
 
-#include "host/kvx/devices/shared_options.h"
+#include "host/kvx/command_line/shared_options.h"
 #include "host/kvx/play/player_options.h"
 
 #include <vector>

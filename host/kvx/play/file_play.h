@@ -1,5 +1,6 @@
 // The play method `file`: one file player per file. The user controls the player with keys, and the next file
 // is loaded while a file plays.
+// All functions: [main].
 #pragma once
 
 #include "host/kvx/play/player_options.h"

@@ -40,10 +40,12 @@ private:
 
 /// The number of device frames to which `fileFrames` frames of a file render, rounded to the nearest number.
 /// The sample rates are in Hz; `rate` is the factor that the file player applies.
+/// [any]
 std::uint64_t framesRendered(std::uint64_t fileFrames, double fileRate, double rate, double deviceRate);
 
 /// Convert a time to device frames, rounded up. A time that was computed from a whole number of frames gives
 /// that number again, despite rounding errors.
+/// [any]
 std::uint64_t framesOf(double seconds, double deviceRate);
 
 /// Detects when the device has played the last sound of a file. The caller calls reset() or hasEnded()

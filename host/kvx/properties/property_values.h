@@ -1,4 +1,5 @@
 // The types of property values by selector, and functions that format values as text and read text as values.
+// All functions: [any].
 #pragma once
 
 #include "host/kvx/library/core_audio.h"

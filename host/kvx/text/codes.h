@@ -1,5 +1,6 @@
 // Four-character codes (selectors, scopes, classes) and statuses of the platform, as text. The first
 // character of a code is its highest byte.
+// All functions: [any].
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,5 @@
 // Errors that the command shows to the user.
+// All functions: [any].
 #pragma once
 
 #include <stdexcept>

@@ -1,4 +1,5 @@
 // Reads numbers and bytes that a user has written, and formats bytes as text.
+// All functions: [any].
 #pragma once
 
 #include <charconv>

@@ -1,4 +1,5 @@
 // Text for a terminal: functions that replace control characters, measure and cut texts, and lay out tables.
+// All functions: [any].
 #pragma once
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 // Tests of the functions that format devices and changes of devices as text or JSON.
 #include "host/kvx/devices/device_text.h"
 
-#include "host/kvx/list_commands.h"
+#include "host/kvx/classes_and_devices.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

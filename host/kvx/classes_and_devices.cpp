@@ -1,4 +1,4 @@
-#include "host/kvx/list_commands.h"
+#include "host/kvx/classes_and_devices.h"
 
 #include "host/kvx/devices/demo.h"
 #include "host/kvx/devices/device_text.h"
