@@ -11,7 +11,7 @@ int main(int count, char** arguments)
 {
     std::vector<float> tone(2 * 44100);
     for (std::size_t i = 0; i < tone.size(); ++i)
-        tone[i] = 0.3f * std::sin(float(i) * 440 * 6.2831853f / 44100);
+        tone[i] = 0.3f * std::sin(static_cast<float>(i) * 440 * 6.2831853f / 44100);
 
     host::Host host; // a host of version 2016.0, the default
     try {

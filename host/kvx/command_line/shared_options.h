@@ -1,5 +1,5 @@
-// Options that several commands share. Compiling the library CLI11 takes seconds, so only the sources that
-// declare options include this header.
+// The parts of the command line that several commands share: options, a check of numbers, the type of actions.
+// Compiling the library CLI11 takes seconds, so only the sources that declare options include this header.
 // All functions: [main].
 #pragma once
 

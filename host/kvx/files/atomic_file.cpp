@@ -48,12 +48,12 @@ volatile std::sig_atomic_t temporaryCount = 0;
 
 void remember(const std::string& path)
 {
-    const auto count = std::size_t(temporaryCount);
+    const auto count = static_cast<std::size_t>(temporaryCount);
     for (std::size_t i = 0; i < count; ++i)
         if (path == temporaries[i]) return;
     if (count == std::size(temporaries) || path.size() >= PATH_MAX) return;
     path.copy(temporaries[count], path.size());
-    temporaryCount = int(count) + 1;
+    temporaryCount = static_cast<int>(count) + 1;
 }
 
 } // namespace

@@ -75,7 +75,8 @@ using OwnedURL = std::unique_ptr<std::remove_pointer_t<CFURLRef>, Release>;
 ExtAudioFileRef open(const std::string& path)
 {
     const auto* bytes = reinterpret_cast<const UInt8*>(path.data());
-    const OwnedURL url(CFURLCreateFromFileSystemRepresentation(nullptr, bytes, CFIndex(path.size()), false));
+    const OwnedURL url(
+        CFURLCreateFromFileSystemRepresentation(nullptr, bytes, static_cast<CFIndex>(path.size()), false));
     ExtAudioFileRef file = nullptr;
     const OSStatus status = url ? ExtAudioFileOpenURL(url.get(), &file) : OSStatus{fnfErr};
     if (status != noErr) throw fileFailure(path, status);
@@ -85,7 +86,7 @@ ExtAudioFileRef open(const std::string& path)
 /// The format of the samples that SoundFile::read() returns: interleaved native 32-bit float.
 AudioStreamBasicDescription floatFormat(double sampleRate, UInt32 channels)
 {
-    const auto frameBytes = UInt32(channels * sizeof(float));
+    const auto frameBytes = static_cast<UInt32>(channels * sizeof(float));
     return {sampleRate,
             kAudioFormatLinearPCM,
             kAudioFormatFlagsNativeFloatPacked,
@@ -107,8 +108,8 @@ SoundFormat describe(ExtAudioFileRef file, const std::string& path)
     if (status != noErr) throw fileFailure(path, status);
 
     SoundFormat format;
-    format.sampleRate = int(stored.mSampleRate);
-    format.fileChannels = int(stored.mChannelsPerFrame);
+    format.sampleRate = static_cast<int>(stored.mSampleRate);
+    format.fileChannels = static_cast<int>(stored.mChannelsPerFrame);
     format.channels = std::min(format.fileChannels, 2);
     format.frames = report.frames;
     format.isCutShort = report.isCutShort;
@@ -125,7 +126,8 @@ SoundFile::SoundFile(const std::string& path)
     : path_(pathOnDisk(path)), file_(open(path_)), format_(describe(file_.get(), path_))
 {
     if (format_.frames < 1) throw Failure(fmt::format("{} holds no sound; choose another file", path_));
-    const AudioStreamBasicDescription client = floatFormat(format_.sampleRate, UInt32(format_.channels));
+    const AudioStreamBasicDescription client =
+        floatFormat(format_.sampleRate, static_cast<UInt32>(format_.channels));
     const OSStatus status =
         ExtAudioFileSetProperty(file_.get(), kExtAudioFileProperty_ClientDataFormat, sizeof client, &client);
     if (status != noErr) throw fileFailure(path_, status);
@@ -133,11 +135,11 @@ SoundFile::SoundFile(const std::string& path)
 
 std::size_t SoundFile::read(float* out, std::size_t frames)
 {
-    auto got = UInt32(frames);
+    auto got = static_cast<UInt32>(frames);
     AudioBufferList list;
     list.mNumberBuffers = 1;
-    list.mBuffers[0] = {UInt32(format_.channels),
-                        UInt32(host::checkedSize(frames, format_.channels, sizeof(float))), out};
+    list.mBuffers[0] = {static_cast<UInt32>(format_.channels),
+                        static_cast<UInt32>(host::checkedSize(frames, format_.channels, sizeof(float))), out};
     const OSStatus status = ExtAudioFileRead(file_.get(), &got, &list);
     if (status != noErr) throw fileFailure(path_, status);
     framesRead_ += got;
@@ -148,12 +150,12 @@ std::size_t SoundFile::read(float* out, std::size_t frames)
 std::int16_t toPcm16(float sample)
 {
     if (std::isnan(sample)) return 0;
-    return std::int16_t(std::lrint(std::clamp(sample * 32768.0f, -32768.0f, 32767.0f)));
+    return static_cast<std::int16_t>(std::lrint(std::clamp(sample * 32768.0f, -32768.0f, 32767.0f)));
 }
 
 std::size_t Pcm16Reader::read(std::int16_t* out, std::size_t frames)
 {
-    const auto channels = std::size_t(file_.format().channels);
+    const auto channels = static_cast<std::size_t>(file_.format().channels);
     decoded_.resize(host::checkedSize(frames, channels));
     const std::size_t got = file_.read(decoded_.data(), frames);
     for (std::size_t frame = 0; frame < got; ++frame)
@@ -167,9 +169,10 @@ std::int64_t countDecodedFrames(const std::string& path)
 {
     constexpr std::size_t blockFrames = 1 << 14;
     SoundFile file(path);
-    std::vector<float> block(blockFrames * std::size_t(file.format().channels));
+    std::vector<float> block(blockFrames * static_cast<std::size_t>(file.format().channels));
     std::int64_t frames = 0;
-    while (const std::size_t got = file.read(block.data(), blockFrames)) frames += std::int64_t(got);
+    while (const std::size_t got = file.read(block.data(), blockFrames))
+        frames += static_cast<std::int64_t>(got);
     return frames;
 }
 

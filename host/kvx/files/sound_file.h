@@ -24,7 +24,7 @@ struct SoundFormat {
     std::int64_t statedFrames = 0;    ///< number of frames in the header; 0: the header states no number
     std::uint32_t omittedStreams = 0; ///< number of chained Ogg streams that the platform does not decode
 
-    double duration() const { return double(frames) / sampleRate; } ///< duration in seconds
+    double duration() const { return static_cast<double>(frames) / sampleRate; } ///< duration in seconds
 };
 
 /// Reads an open sound file. If the file has more than two channels, only the first two are read.

@@ -55,7 +55,7 @@ std::vector<float> pluck(double frequency, std::size_t frames)
     std::vector<float> samples;
     samples.reserve(frames);
     for (double sample : sum) {
-        samples.push_back(float(sample * (1.0 - attack)));
+        samples.push_back(static_cast<float>(sample * (1.0 - attack)));
         attack *= attackFade;
     }
     return samples;
@@ -65,13 +65,13 @@ std::vector<float> pluck(double frequency, std::size_t frames)
 
 std::vector<float> composeTune()
 {
-    const auto frames = std::size_t(tuneSeconds * tuneSampleRate);
+    const auto frames = static_cast<std::size_t>(tuneSeconds * tuneSampleRate);
     std::vector<float> tune(frames * tuneChannels);
     for (const Note& note : notes) {
-        const auto first = std::size_t(note.beat * beatSeconds * tuneSampleRate);
+        const auto first = static_cast<std::size_t>(note.beat * beatSeconds * tuneSampleRate);
         const double frequency = 220.0 * std::pow(2.0, note.key / 12.0);
-        const float left = note.gain * std::cos(float(pi / 2) * note.pan);
-        const float right = note.gain * std::sin(float(pi / 2) * note.pan);
+        const float left = note.gain * std::cos(static_cast<float>(pi / 2) * note.pan);
+        const float right = note.gain * std::sin(static_cast<float>(pi / 2) * note.pan);
         const std::vector<float> sound = pluck(frequency, frames - first);
         for (std::size_t i = 0; i < sound.size(); ++i) {
             tune[(first + i) * 2] += left * sound[i];
@@ -84,7 +84,7 @@ std::vector<float> composeTune()
     const std::size_t fade = tuneSampleRate / 2;
     for (std::size_t i = 0; i < tune.size(); ++i) {
         const std::size_t left = frames - 1 - i / 2;
-        tune[i] *= 0.7f / peak * std::min(1.0f, float(left) / float(fade));
+        tune[i] *= 0.7f / peak * std::min(1.0f, static_cast<float>(left) / static_cast<float>(fade));
     }
     return tune;
 }
@@ -100,7 +100,7 @@ void writeTune(const std::string& path)
     errno = 0;
     SNDFILE* file = sf_open(temporary.c_str(), SFM_WRITE, &info);
     if (!file) giveUpWriting(temporary, path, errno);
-    const auto frames = sf_count_t(tune.size() / tuneChannels);
+    const auto frames = static_cast<sf_count_t>(tune.size() / tuneChannels);
     const bool isWritten = sf_writef_float(file, tune.data(), frames) == frames;
     const int error = errno;
     const bool isClosed = sf_close(file) == 0;

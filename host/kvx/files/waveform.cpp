@@ -31,7 +31,7 @@ constexpr Colour wave = {32, 104, 168};
 
 void paint(Picture& picture, int x, int y, Colour colour)
 {
-    std::uint8_t* pixel = &picture.rgb[std::size_t(y * picture.width + x) * 3];
+    std::uint8_t* pixel = &picture.rgb[static_cast<std::size_t>(y * picture.width + x) * 3];
     pixel[0] = colour.red;
     pixel[1] = colour.green;
     pixel[2] = colour.blue;
@@ -41,7 +41,7 @@ void paint(Picture& picture, int x, int y, Colour colour)
 int rowOf(float sample, int height)
 {
     const float clipped = std::isfinite(sample) ? std::clamp(sample, -1.0f, 1.0f) : 0.0f;
-    return int(std::lround((1.0f - clipped) / 2.0f * float(height - 1)));
+    return static_cast<int>(std::lround((1.0f - clipped) / 2.0f * static_cast<float>(height - 1)));
 }
 
 } // namespace
@@ -50,7 +50,7 @@ std::vector<Column> columnsOf(const std::string& path, std::size_t count)
 {
     constexpr std::size_t chunkFrames = 16384;
     SoundFile file(path);
-    const auto channels = std::size_t(file.format().channels);
+    const auto channels = static_cast<std::size_t>(file.format().channels);
     std::vector<float> chunk(chunkFrames * channels);
     std::vector<Column> columns(count);
     std::vector<bool> isSet(count);
@@ -58,8 +58,9 @@ std::vector<Column> columnsOf(const std::string& path, std::size_t count)
     for (std::size_t got = chunkFrames; got == chunkFrames;) {
         got = file.read(chunk.data(), chunkFrames);
         for (std::size_t i = 0; i < got; ++i, ++frame) {
-            const auto at =
-                std::min(std::size_t(frame * std::int64_t(count) / file.format().frames), count - 1);
+            const auto at = std::min(
+                static_cast<std::size_t>(frame * static_cast<std::int64_t>(count) / file.format().frames),
+                count - 1);
             for (std::size_t c = 0; c < channels; ++c) {
                 const float sample = chunk[i * channels + c];
                 columns[at].low = isSet[at] ? std::min(columns[at].low, sample) : sample;
@@ -74,12 +75,12 @@ std::vector<Column> columnsOf(const std::string& path, std::size_t count)
 Picture drawWaveform(const std::vector<Column>& columns, int height)
 {
     Picture picture;
-    picture.width = int(columns.size());
+    picture.width = static_cast<int>(columns.size());
     picture.height = height;
-    picture.rgb.resize(columns.size() * std::size_t(height) * 3);
+    picture.rgb.resize(columns.size() * static_cast<std::size_t>(height) * 3);
     for (int x = 0; x < picture.width; ++x) {
-        const int top = rowOf(columns[std::size_t(x)].high, height);
-        const int bottom = rowOf(columns[std::size_t(x)].low, height);
+        const int top = rowOf(columns[static_cast<std::size_t>(x)].high, height);
+        const int bottom = rowOf(columns[static_cast<std::size_t>(x)].low, height);
         for (int y = 0; y < height; ++y) {
             const bool isWave = y >= top && y <= bottom;
             paint(picture, x, y, isWave ? wave : y == rowOf(0, height) ? middleLine : background);

@@ -24,12 +24,12 @@ void playGroup(host::Host& host, const FormatGroup& group, float gain, Session& 
     const PlaylistFile* announced = nullptr;
     Transport transport;
     transport.status = [&] {
-        return formatPosition((player.position() - double(group.firstFrameOf(*announced))) /
+        return formatPosition((player.position() - static_cast<double>(group.firstFrameOf(*announced))) /
                                   group.sampleRate(),
                               announced->format.duration(), session.meter().takePeak());
     };
     do {
-        const PlaylistFile& audible = group.fileAt(std::int64_t(player.position()));
+        const PlaylistFile& audible = group.fileAt(static_cast<std::int64_t>(player.position()));
         if (&audible != announced) announce(audible, 2, session.progress());
         announced = &audible;
     } while (session.poll(transport) && player.advance());
@@ -45,12 +45,12 @@ BufferedPlayer::BufferedPlayer(host::Host& host, const FormatGroup& group, float
     : player_(host.create("CoreAudioPlayerKVX")), reader_(group), gain_(gain),
       blockFrames_(
           std::clamp(host::checkedSize(group.sampleRate(), blockSeconds), leastBlockFrames, mostBlockFrames)),
-      channels_(std::size_t(group.channels()))
+      channels_(static_cast<std::size_t>(group.channels()))
 {
-    block_ =
-        host::MemoryBlock::ofSize(std::int64_t(host::checkedSize(blockFrames_, channels_, sizeof(float))));
+    block_ = host::MemoryBlock::ofSize(
+        static_cast<std::int64_t>(host::checkedSize(blockFrames_, channels_, sizeof(float))));
     if (!block_) throw Failure("there is not enough memory for a block of sound; close other programs");
-    player_.set("SampleRate", float(group.sampleRate()));
+    player_.set("SampleRate", static_cast<float>(group.sampleRate()));
     player_.set("NumberOfChannels", group.channels());
 }
 
@@ -74,7 +74,8 @@ void BufferedPlayer::feed()
         const std::size_t count = frames * channels_;
         if (gain_ != 1.0f)
             std::transform(samples, samples + count, samples, [this](float s) { return s * gain_; });
-        if (!player_.call("AddFloatAudio", block_, 0, std::int64_t(count * sizeof(float))).boolean())
+        if (!player_.call("AddFloatAudio", block_, 0, static_cast<std::int64_t>(count * sizeof(float)))
+                 .boolean())
             throw Failure(
                 "the player refused a block of sound: there may be too little memory; close other programs");
     }

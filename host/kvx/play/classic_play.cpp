@@ -67,7 +67,7 @@ public:
         transport.pause = [this] { setPaused(true); };
         transport.play = [this] { setPaused(false); };
 
-        const auto step = std::uint64_t(std::ceil(rate() * stepSeconds));
+        const auto step = static_cast<std::uint64_t>(std::ceil(rate() * stepSeconds));
         while (session_.poll(transport, step)) {
             const std::uint64_t frames = session_.meter().frames();
             if (!isPaused_) framesPlayed_ += frames - framesSeen_;
@@ -85,8 +85,9 @@ private:
     double position() const
     {
         const double fileRate = file_.format.sampleRate;
-        return std::clamp(double(framesPlayed_) / rate(), double(buffers_.framesTaken()) / fileRate,
-                          double(buffers_.framesRead()) / fileRate);
+        return std::clamp(static_cast<double>(framesPlayed_) / rate(),
+                          static_cast<double>(buffers_.framesTaken()) / fileRate,
+                          static_cast<double>(buffers_.framesRead()) / fileRate);
     }
 
     bool hasEnded()
@@ -142,7 +143,7 @@ void SoundComponent::check(const char* what, const host::Value& status) const
 {
     if (status.integer() != 0)
         throw Failure(fmt::format("{} is refused: {}; choose another device with --device", what,
-                                  formatStatus(Status(status.integer()))));
+                                  formatStatus(static_cast<Status>(status.integer()))));
 }
 
 void SoundComponent::attachUnit()
@@ -176,7 +177,7 @@ try {
 
     Pcm16Reader reader(file.path, gain);
     DoubleBuffer buffers(
-        *output, labelling, std::size_t(form.rate * bufferSeconds),
+        *output, labelling, static_cast<std::size_t>(form.rate * bufferSeconds),
         [&reader](std::int16_t* out, std::size_t frames) { return reader.read(out, frames); });
     buffers.feed();
     announce(file, 2, session.progress());

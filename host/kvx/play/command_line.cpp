@@ -48,7 +48,7 @@ auto orParseError(Function function)
 }
 
 /// Convert decibels to a factor; 0 dB is exactly 1.
-float factorOf(double decibels) { return float(std::pow(10.0, decibels / 20.0)); }
+float factorOf(double decibels) { return static_cast<float>(std::pow(10.0, decibels / 20.0)); }
 
 int showNamedCurves()
 {

@@ -123,7 +123,8 @@ private:
             const PlaylistFile& file = files_[loadedCount_];
             const KVXDeviceInfo& device = session_.device();
             auto track = std::make_unique<Track>(
-                host_, core_, file, channelsToLoad(file.format.fileChannels, int(device.outputChannels)));
+                host_, core_, file,
+                channelsToLoad(file.format.fileChannels, static_cast<int>(device.outputChannels)));
             std::function<void()> whileLoading;
             if (current_ && !session_.isStepped())
                 whileLoading = [this] {

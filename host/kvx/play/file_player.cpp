@@ -36,7 +36,7 @@ struct YieldGuard {
 double undoSinglePrecision(double rate)
 {
     const double hundredth = std::round(rate * 100.0) / 100.0;
-    return float(hundredth) == float(rate) ? hundredth : rate;
+    return static_cast<float>(hundredth) == static_cast<float>(rate) ? hundredth : rate;
 }
 
 Range rateRange(RateUnit unit) { return unit == RateUnit::varispeed ? Range{0.25, 4} : Range{0.04, 32}; }
@@ -55,7 +55,7 @@ FilePlayer::~FilePlayer()
     }
 }
 
-Status FilePlayer::lastError() const { return Status(object_.get("Lasterror").integer()); }
+Status FilePlayer::lastError() const { return static_cast<Status>(object_.get("Lasterror").integer()); }
 
 void FilePlayer::check(const char* what) const
 {
@@ -71,12 +71,13 @@ void FilePlayer::write(const char* property, const host::Value& value, const cha
 
 // The class reports an error, because it has no units before the load. The error is ignored, because the load
 // uses the property nevertheless.
-void FilePlayer::chooseRateUnit(RateUnit unit) { object_.set("TimePitchUnit", int(unit)); }
+void FilePlayer::chooseRateUnit(RateUnit unit) { object_.set("TimePitchUnit", static_cast<int>(unit)); }
 
 RateUnit FilePlayer::rateUnit() const
 {
-    return object_.get("TimePitchUnit").integer() == int(RateUnit::varispeed) ? RateUnit::varispeed
-                                                                              : RateUnit::timePitch;
+    return object_.get("TimePitchUnit").integer() == static_cast<int>(RateUnit::varispeed)
+               ? RateUnit::varispeed
+               : RateUnit::timePitch;
 }
 
 void FilePlayer::loadWith(const char* method, const std::string& path, int channels)
@@ -108,16 +109,16 @@ void FilePlayer::loadInBackground(const std::string& path, int channels,
 std::string FilePlayer::clientFormat() const { return object_.get("ClientFormatString").text(); }
 std::string FilePlayer::outputFormat() const { return object_.get("OutputFormatString").text(); }
 double FilePlayer::sampleRate() const { return object_.get("SampleRate").number(); }
-int FilePlayer::channels() const { return int(object_.get("DataNumberChannels").integer()); }
+int FilePlayer::channels() const { return static_cast<int>(object_.get("DataNumberChannels").integer()); }
 double FilePlayer::duration() const { return object_.get("TrackLength").number(); }
 
 // The class does not report the number of loaded frames. If `frames` frames are loaded, a seek to the middle
 // of the second frame moves the position to the start of that frame, because the class rounds times down.
 bool FilePlayer::holdsAll(std::int64_t frames)
 {
-    const double oneFrame = duration() / double(frames);
+    const double oneFrame = duration() / static_cast<double>(frames);
     object_.set("CurrentTime", 1.5 * oneFrame);
-    const bool isWhole = std::fabs(position() / oneFrame - 1) < 0.1 / double(frames);
+    const bool isWhole = std::fabs(position() / oneFrame - 1) < 0.1 / static_cast<double>(frames);
     object_.set("CurrentTime", 0.0);
     return isWhole;
 }

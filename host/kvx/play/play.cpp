@@ -27,7 +27,7 @@ constexpr Advice infoAdvice = {checkFileAndMemory, nullptr};
 
 void checkOptions(const PlayerOptions& options, const Playlist& playlist, const KVXDeviceInfo& device)
 {
-    const int deviceChannels = int(device.outputChannels);
+    const int deviceChannels = static_cast<int>(device.outputChannels);
     for (const PlaylistFile& file : filesOf(playlist))
         checkAgainstFile(options, file, channelsToLoad(file.format.fileChannels, deviceChannels),
                          deviceChannels);
@@ -88,7 +88,7 @@ std::string formatFileInfo(host::Host& host, const PlaylistFile& file, Progress&
     FilePlayer player(host, core, infoAdvice);
     const int fileChannels = file.format.fileChannels;
     player.load(file.path, std::min(fileChannels, mostChannels));
-    const double duration = double(framesLoaded(player, file, progress)) / player.sampleRate();
+    const double duration = static_cast<double>(framesLoaded(player, file, progress)) / player.sampleRate();
 
     std::string text = plainText(file.path) + "\n";
     const auto line = [&text](const char* name, const std::string& value) {

@@ -48,7 +48,7 @@ std::vector<int> readChannelMap(const std::string& text)
             throw WrongUsage(fmt::format("--channel-map {}: this is not a list of channels, such as 1,0; "
                                          "channels count from 0, and -1 is silence",
                                          text));
-        channels.push_back(int(number));
+        channels.push_back(static_cast<int>(number));
     }
     return channels;
 }
@@ -84,7 +84,7 @@ void checkAgainstFile(const PlayerOptions& options, const PlaylistFile& file, in
         throw Failure(fmt::format("--pan {}: --pan is for two channels and {} plays in {}; leave it out",
                                   *options.pan, path, channels));
     if (!options.channelMap) return;
-    if (options.channelMap->size() > std::size_t(deviceChannels))
+    if (options.channelMap->size() > static_cast<std::size_t>(deviceChannels))
         throw Failure(fmt::format("--channel-map names {} channels and the device has {}; name no more",
                                   options.channelMap->size(), deviceChannels));
     for (int channel : *options.channelMap)

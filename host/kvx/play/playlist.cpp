@@ -91,7 +91,8 @@ std::size_t GroupReader::read(float* out, std::size_t frames)
             if (next_ == group_.files.size()) break;
             open_ = std::make_unique<SoundFile>(group_.files[next_++].path);
         }
-        const std::size_t got = open_->read(out + done * std::size_t(group_.channels()), frames - done);
+        const std::size_t got =
+            open_->read(out + done * static_cast<std::size_t>(group_.channels()), frames - done);
         done += got;
         if (done == frames) break;
         if (open_->isDamaged()) damagedFiles_.push_back(open_->path());

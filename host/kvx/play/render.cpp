@@ -28,7 +28,7 @@ public:
         KVXSimulatedDevice description = {};
         description.name = "Render";
         description.sampleRate = rate;
-        description.outputChannels = std::uint32_t(channels);
+        description.outputChannels = static_cast<std::uint32_t>(channels);
         description.isStepped = 1;
         device_ = KVXPlatformAddSimulatedDevice(&description);
         if (!device_) throw Failure(KVXPlatformErrorText());
@@ -64,7 +64,7 @@ int channelsToRender(const RenderOptions& options, const PlaylistFile& file)
 int deviceChannelsOf(const RenderOptions& options, int channels)
 {
     const auto& map = options.player.channelMap;
-    return map ? std::clamp(int(map->size()), 1, mostChannels) : channels;
+    return map ? std::clamp(static_cast<int>(map->size()), 1, mostChannels) : channels;
 }
 
 /// The number of device frames to render: exactly --duration if there is a loop; otherwise the rest of the
@@ -74,7 +74,7 @@ std::uint64_t framesToRender(const RenderOptions& options, const FilePlayer& pla
 {
     // Fraction of the file before the start position.
     const double skipped = player.position() / player.duration();
-    const auto left = std::uint64_t(std::llround((1 - skipped) * double(loaded)));
+    const auto left = static_cast<std::uint64_t>(std::llround((1 - skipped) * static_cast<double>(loaded)));
     const std::uint64_t whole = framesRendered(left, player.sampleRate(), player.rate(), deviceRate) +
                                 framesOf(player.delay().tail, deviceRate);
     if (!options.duration) return whole;
@@ -101,7 +101,7 @@ public:
     {
         if (length_ == 0) return frames;
         if (left_ == 0) left_ = length_;
-        const auto taken = std::uint32_t(std::min<std::uint64_t>(frames, left_));
+        const auto taken = static_cast<std::uint32_t>(std::min<std::uint64_t>(frames, left_));
         left_ -= taken;
         return taken;
     }
@@ -126,7 +126,7 @@ void stepDevice(const KVXDeviceInfo& device, LoopSlices& slices, std::uint32_t f
 void checkLength(const std::string& path, std::uint64_t frames, int channels)
 {
     constexpr std::uint64_t mostBytes = 0xFFFF0000;
-    if (frames > mostBytes / (sizeof(float) * std::uint64_t(channels)))
+    if (frames > mostBytes / (sizeof(float) * static_cast<std::uint64_t>(channels)))
         throw Failure(
             fmt::format("{} would be longer than a WAV file can be; give a shorter --duration", path));
 }
@@ -138,13 +138,13 @@ bool runDevice(const KVXDeviceInfo& device, LoopSlices slices, std::uint64_t fra
     const double rate = device.sampleRate;
     for (std::uint64_t done = 0; done < frames;) {
         if (isInterrupted()) return false;
-        const auto step = std::uint32_t(std::min<std::uint64_t>(frames - done, stepFrames));
+        const auto step = static_cast<std::uint32_t>(std::min<std::uint64_t>(frames - done, stepFrames));
         stepDevice(device, slices, step);
         done += step;
         KVXPlatformDrainMainQueue(0);
-        progress.showLine(fmt::format("  {} / {}  {:3.0f} %", formatTime(double(done) / rate),
-                                      formatTime(double(frames) / rate),
-                                      100.0 * double(done) / double(frames)));
+        progress.showLine(fmt::format("  {} / {}  {:3.0f} %", formatTime(static_cast<double>(done) / rate),
+                                      formatTime(static_cast<double>(frames) / rate),
+                                      100.0 * static_cast<double>(done) / static_cast<double>(frames)));
     }
     return true;
 }
@@ -183,7 +183,7 @@ bool renderFile(host::Host& host, const RenderOptions& options, const PlaylistFi
     checkRenderError(player, file.path);
     out.keep();
     progress.say(fmt::format("Rendered {}: {} Hz, {}, {}", options.to, rate, formatChannels(deviceChannels),
-                             formatTime(double(frames) / rate)));
+                             formatTime(static_cast<double>(frames) / rate)));
     return true;
 }
 

@@ -17,7 +17,7 @@ Meter::~Meter() { KVXPlatformSetOutputTap(device_, nullptr, nullptr); }
 void Meter::measure(void* context, const float* samples, std::uint32_t frames, std::uint32_t channels)
 {
     float peak = 0.0f;
-    for (std::size_t i = 0; i < std::size_t(frames) * channels; ++i) {
+    for (std::size_t i = 0; i < std::size_t{frames} * channels; ++i) {
         const float magnitude = std::fabs(samples[i]);
         if (magnitude > peak) peak = magnitude;
     }
@@ -29,7 +29,8 @@ void Meter::measure(void* context, const float* samples, std::uint32_t frames, s
 
 std::uint64_t framesRendered(std::uint64_t fileFrames, double fileRate, double rate, double deviceRate)
 {
-    return std::uint64_t(std::llround(double(fileFrames) * deviceRate / (fileRate * rate)));
+    return static_cast<std::uint64_t>(
+        std::llround(static_cast<double>(fileFrames) * deviceRate / (fileRate * rate)));
 }
 
 std::uint64_t framesOf(double seconds, double deviceRate)
@@ -37,7 +38,7 @@ std::uint64_t framesOf(double seconds, double deviceRate)
     if (!(seconds > 0)) return 0;
     const double frames = seconds * deviceRate;
     const double nearest = std::round(frames);
-    return std::uint64_t(
+    return static_cast<std::uint64_t>(
         std::fabs(frames - nearest) < 1e-6 * std::fmax(1.0, nearest * 1e-6) ? nearest : std::ceil(frames));
 }
 

@@ -162,7 +162,7 @@ std::vector<Key> Keyboard::read()
     char bytes[64];
     if (poll(&waiting, 1, 0) == 1 && (waiting.revents & POLLIN))
         if (const ssize_t got = ::read(input, bytes, sizeof bytes); got > 0)
-            return decoder_.decode({bytes, std::size_t(got)});
+            return decoder_.decode({bytes, static_cast<std::size_t>(got)});
     return {};
 }
 

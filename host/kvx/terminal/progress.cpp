@@ -19,7 +19,7 @@ constexpr const char* eraseToEnd =
 
 constexpr double silenceDb = -120;
 
-float magnitudeOf(double db) { return db > silenceDb ? float(std::pow(10.0, db / 20.0)) : 0.0f; }
+float magnitudeOf(double db) { return db > silenceDb ? static_cast<float>(std::pow(10.0, db / 20.0)) : 0.0f; }
 
 /// Format the level. The width is the same during a pause, so that the rest of the live line does not move.
 std::string formatSound(const PlayStatus& status)
@@ -51,11 +51,14 @@ std::string formatTime(double seconds)
 std::string formatLevel(float peak, int places)
 {
     constexpr double floorDb = -60.0;
-    if (!(peak > 0.0f)) return fmt::format("[{}]   silent", std::string(std::size_t(places), '-'));
-    const double db = 20.0 * std::log10(double(peak));
-    const int lit = int(std::clamp(std::ceil((db - floorDb) / -floorDb * places), 0.0, double(places)));
-    return fmt::format("[{}{}] {:5.1f} dB", std::string(std::size_t(lit), '#'),
-                       std::string(std::size_t(places - lit), '-'), std::clamp(db, -99.9, 999.9));
+    if (!(peak > 0.0f))
+        return fmt::format("[{}]   silent", std::string(static_cast<std::size_t>(places), '-'));
+    const double db = 20.0 * std::log10(double{peak});
+    const int lit = static_cast<int>(
+        std::clamp(std::ceil((db - floorDb) / -floorDb * places), 0.0, static_cast<double>(places)));
+    return fmt::format("[{}{}] {:5.1f} dB", std::string(static_cast<std::size_t>(lit), '#'),
+                       std::string(static_cast<std::size_t>(places - lit), '-'),
+                       std::clamp(db, -99.9, 999.9));
 }
 
 std::string formatPosition(double seconds, double totalSeconds, float peak)
