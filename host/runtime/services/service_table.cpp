@@ -7,7 +7,6 @@
 
 #include <fmt/format.h>
 
-#include <iterator>
 #include <limits>
 
 namespace host {
@@ -50,7 +49,7 @@ Service row(const char* name, double first, double removedIn)
 #define SERVICE(name, function, first, removedIn) row<__LINE__, function>(name, first, removedIn)
 
 // clang-format off
-const Service services_[] = {
+const std::initializer_list<Service> services_ = {
     //      name                                       function                 first version  removed in
     SERVICE("REALGetRBVersion",                        version,                 always,        forEver),
     SERVICE("RegisterPluginVersion",                   registerPluginVersion,   always,        forEver),
@@ -99,7 +98,7 @@ const Service services_[] = {
 
 } // namespace
 
-ServiceTable serviceTable() { return {services_, std::size(services_)}; }
+std::initializer_list<Service> serviceTable() { return services_; }
 
 const Service* findService(std::string_view name, double version)
 {

@@ -10,7 +10,7 @@
 //   and the services "RuntimeArrayDirectGet…" are removed.
 #pragma once
 
-#include <cstddef>
+#include <initializer_list>
 #include <string_view>
 
 namespace host {
@@ -22,17 +22,10 @@ struct Service {
     double removedIn; ///< first host version that no longer has the service; or infinity
 };
 
-struct ServiceTable {
-    const Service* rows;
-    std::size_t count;
-    const Service* begin() const { return rows; }
-    const Service* end() const { return rows + count; }
-};
-
 /// All services. Their functions throw no exception and run on the main thread only; a call on another thread
 /// has no effect, returns 0, false or null, and is noted as a misuse.
 /// [any]
-ServiceTable serviceTable();
+std::initializer_list<Service> serviceTable();
 
 /// Find the service `name` in a host of version `version`; null if that version lacks the service.
 /// [any]

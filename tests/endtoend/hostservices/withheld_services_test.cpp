@@ -179,7 +179,7 @@ TEST(WithheldServices, TableNamesOnlyServicesAndFeatures)
 {
     LoadedHost loaded;
     const FeatureResults features = useAllFeatures(loaded.host);
-    const auto all = host::serviceTable();
+    const std::initializer_list<host::Service> all = host::serviceTable();
     for (const Loss& loss : losses) {
         EXPECT_TRUE(std::any_of(all.begin(), all.end(), [&](const host::Service& service) {
             return std::string(service.name) == loss.service;
