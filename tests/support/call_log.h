@@ -62,8 +62,8 @@ Line& operator<<(Line& line, Integer number)
                                      : line.print("%llu", static_cast<unsigned long long>(number));
 }
 
-/// The texts of calls. A full log counts further calls but keeps no texts of them; calls() then fails the
-/// test. [any]
+/// The texts of calls. A full log counts further calls without their texts; then calls() fails the test.
+/// [any]
 class CallLog {
 public:
     void add(std::string_view call);
