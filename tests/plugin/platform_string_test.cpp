@@ -3,6 +3,7 @@
 #include "plugin/host_string.h"
 #include "tests/plugin/host_fixture.h"
 #include "tests/support/c_library_spy.h"
+#include "tests/support/platform_spy.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 
@@ -11,15 +12,6 @@
 #include <optional>
 
 namespace {
-
-struct Request {
-    CFIndex capacity;
-    CFStringEncoding encoding;
-    bool isZeroed; ///< whether the whole buffer was zero at the time of the call
-};
-std::vector<Request> requests;
-bool refusesConversion = false;
-std::optional<CFIndex> claimedLength;
 
 template <class Function>
 Function* platformFunction(const char* name)
@@ -32,20 +24,26 @@ Function* platformFunction(const char* name)
 extern "C" Boolean CFStringGetCString(CFStringRef text, char* buffer, CFIndex capacity,
                                       CFStringEncoding encoding)
 {
-    requests.push_back(
-        {capacity, encoding, std::all_of(buffer, buffer + capacity, [](char c) { return c == 0; })});
-    if (refusesConversion) return 0;
+    const bool isZeroed = std::all_of(buffer, buffer + capacity, [](char c) { return c == 0; });
+    if (spy::record(__func__, isZeroed ? "zeroed" : "filled", capacity, encoding).status) return 0;
     return platformFunction<decltype(CFStringGetCString)>("CFStringGetCString")(text, buffer, capacity,
                                                                                 encoding);
 }
 
+/// The scripted size of the function, if there is one, replaces the length of the text.
 extern "C" CFIndex CFStringGetLength(CFStringRef text)
 {
-    return claimedLength ? *claimedLength
-                         : platformFunction<decltype(CFStringGetLength)>("CFStringGetLength")(text);
+    if (const std::optional<UInt32> length = spy::answer(__func__).size) return static_cast<CFIndex>(*length);
+    return platformFunction<decltype(CFStringGetLength)>("CFStringGetLength")(text);
 }
 
 namespace {
+
+/// The calls of CFStringGetCString with a zeroed buffer of `capacity` bytes and UTF-8.
+spy::Calls conversion(CFIndex capacity)
+{
+    return {"CFStringGetCString(zeroed, " + std::to_string(capacity) + ", 134217984)"};
+}
 
 class PlatformStringTest : public HostTest {
 protected:
@@ -54,9 +52,7 @@ protected:
 
     void reset()
     {
-        requests.clear();
-        refusesConversion = false;
-        claimedLength.reset();
+        spy::reset();
         c_library_spy::refuseCalloc(0);
     }
 
@@ -78,7 +74,7 @@ protected:
     }
     REALstringStruct* convert(CFStringRef text)
     {
-        requests.clear();
+        spy::forgetCalls();
         c_library_spy::begin();
         REALstringStruct* result = CFString2RBString(text);
         memory = c_library_spy::end();
@@ -126,11 +122,11 @@ TEST_F(PlatformStringTest, AreNullWithoutText)
 {
     EXPECT_EQ(convert(CFStringRef(nullptr)), nullptr);
     EXPECT_EQ(convert(u""), nullptr);
-    EXPECT_EQ(requests.size(), 0u);
-    claimedLength = -1;
+    EXPECT_EQ(spy::calls(), spy::Calls());
+    spy::answer("CFStringGetLength").size = 0xFFFFFFFF; // -1
     EXPECT_EQ(convert(u"abc"), nullptr);
-    EXPECT_EQ(requests.size(), 0u);
-    claimedLength.reset();
+    EXPECT_EQ(spy::calls(), spy::Calls());
+    spy::reset();
     EXPECT_EQ(convert(std::u16string(1, 0)), nullptr) << "no text before the zero";
     EXPECT_EQ(host.notes(), Notes{});
 }
@@ -152,10 +148,7 @@ TEST_F(PlatformStringTest, UseTheStackUpTo99UnitsThenSixBytesPerUnit)
             SCOPED_TRACE(fact.units);
             enter(2016.0);
             REALstringStruct* text = convert(std::u16string(fact.units, unit));
-            ASSERT_EQ(requests.size(), 1u);
-            EXPECT_EQ(requests[0].capacity, fact.capacity);
-            EXPECT_EQ(requests[0].encoding, 0x08000100u);
-            EXPECT_TRUE(requests[0].isZeroed);
+            EXPECT_EQ(spy::calls(), conversion(fact.capacity));
             EXPECT_EQ(memory, fact.heap ? (Notes{fact.heap, "free"}) : Notes{});
             std::string bytes;
             for (std::size_t i = 0; i < fact.units; ++i) bytes += unit == u'a' ? "a" : "\xE2\x82\xAC";
@@ -168,9 +161,9 @@ TEST_F(PlatformStringTest, AreNullWhenTheConversionFails)
     for (std::size_t units : {1u, 99u, 100u, 500u}) {
         SCOPED_TRACE(units);
         enter(2016.0);
-        refusesConversion = true;
+        spy::answer("CFStringGetCString").status = -1;
         EXPECT_EQ(convert(std::u16string(units, u'a')), nullptr);
-        EXPECT_EQ(requests.size(), 1u);
+        EXPECT_EQ(spy::calls().size(), 1u);
         EXPECT_EQ(memory.size(), units > 99 ? 2u : 0u) << "the buffer is freed";
         EXPECT_EQ(host.notes(), Notes{});
     }
@@ -181,14 +174,14 @@ TEST_F(PlatformStringTest, AreNullWithoutMemory)
     c_library_spy::refuseCalloc(1);
     EXPECT_EQ(convert(std::u16string(100, u'a')), nullptr);
     EXPECT_EQ(memory, Notes{"calloc 600"});
-    EXPECT_EQ(requests.size(), 0u);
+    EXPECT_EQ(spy::calls(), spy::Calls());
     EXPECT_EQ(host.notes(), Notes{}) << "no exception";
 }
 
 TEST_F(PlatformStringTest, AreNullAboveTheLargestSize)
 {
     // clang-format off
-    const struct { CFIndex units; Notes memory; } facts[] = {
+    const struct { UInt32 units; Notes memory; } facts[] = {
         {357913941, {"calloc 2147483646"}}, // largest multiple of 6 that fits 31 bits
         {357913942, {}},
         {0x7FFFFFFF, {}},
@@ -197,10 +190,10 @@ TEST_F(PlatformStringTest, AreNullAboveTheLargestSize)
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.units);
         c_library_spy::refuseCalloc(1);
-        claimedLength = fact.units;
+        spy::answer("CFStringGetLength").size = fact.units;
         EXPECT_EQ(convert(u"abc"), nullptr);
         EXPECT_EQ(memory, fact.memory);
-        EXPECT_EQ(requests.size(), 0u);
+        EXPECT_EQ(spy::calls(), spy::Calls());
         reset();
     }
 }
