@@ -85,10 +85,12 @@ TEST(KvxDevices, RefusesWrongUsage)
         const auto result = runKvx(fact.arguments);
         EXPECT_EQ(result.exitCode, 2);
         EXPECT_EQ(result.out, "");
+        expectMessage(result, "devices");
         EXPECT_NE(result.err.find(fact.names), std::string::npos) << result.err;
     }
     const auto result = runKvx({"devices", "--library", "/no/such.so"});
     EXPECT_EQ(result.exitCode, 1);
+    expectMessage(result, "devices");
     EXPECT_NE(result.err.find("/no/such.so"), std::string::npos) << result.err;
 }
 

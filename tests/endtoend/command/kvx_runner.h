@@ -40,6 +40,15 @@ inline std::size_t lineCount(const std::string& text)
     return ended + (!text.empty() && text.back() != '\n');
 }
 
+/// Expect that kvx printed one message: one line with the command, the problem and the next step. `command`
+/// is empty for a message that belongs to no command.
+inline void expectMessage(const support::ChildResult& result, const std::string& command)
+{
+    EXPECT_EQ(lineCount(result.err), 1u) << result.err;
+    EXPECT_EQ(result.err.rfind("kvx: " + command + (command.empty() ? "" : ": "), 0), 0u) << result.err;
+    EXPECT_NE(result.err.find("; "), std::string::npos) << "without a next step: " << result.err;
+}
+
 inline std::string bytesOf(const std::string& path)
 {
     std::ifstream in(path, std::ios::binary);

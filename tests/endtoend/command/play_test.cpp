@@ -149,7 +149,7 @@ TEST_F(Play, PlaysTheFilesBeforeAFileThatFailsToLoad)
         {{"KVX_AUDIO_CAPTURE", folder / "out.wav"}}, folder.path());
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_NE(result.err.find("long.wav is too long for the memory; "), std::string::npos) << result.err;
-    EXPECT_EQ(lineCount(result.err), 1u) << result.err;
+    expectMessage(result, "play");
     expectThenSilence(support::readSound(folder / "out.wav").samples, sound.samples);
 }
 
@@ -232,6 +232,7 @@ TEST_F(Play, RefusesOptionsOfTheOtherPlayMethodAndOutOfRange)
         const auto result = play(fact.arguments);
         EXPECT_EQ(result.exitCode, 2);
         EXPECT_EQ(result.out, "");
+        expectMessage(result, "play");
         EXPECT_NE(result.err.find(fact.message), std::string::npos) << result.err;
     }
     EXPECT_EQ(play({"in.wav", "--fast", "--start", "1"}).exitCode, 1);

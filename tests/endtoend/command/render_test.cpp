@@ -306,7 +306,7 @@ TEST_F(Render, RefusesInOneLineAndLeavesNoFile)
         const auto result = KvxTest::run(joined({"render"}, fact.arguments));
         EXPECT_EQ(result.exitCode, fact.exitCode) << result.err;
         EXPECT_NE(result.err.find(fact.message), std::string::npos) << result.err;
-        if (fact.exitCode == 1) EXPECT_EQ(lineCount(result.err), 1u) << result.err;
+        expectMessage(result, "render");
         EXPECT_EQ(folder.count(), before) << "a new file was left";
     }
     expectSame(support::readSound(folder / "good.wav"), sound);
@@ -339,7 +339,6 @@ TEST_F(Render, KeepsAnEarlierResultWhenTheDiskIsFull)
         {"sh", "-c", "trap '' XFSZ; ulimit -f 100; exec " + std::string(kvxPath) + " render in.wav out.wav"},
         {}, folder.path());
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(lineCount(result.err), 1u) << result.err;
     EXPECT_EQ(result.err,
               "kvx: render: out.wav cannot be finished: File too large; write to a disk that takes larger "
               "files, or raise the limit (ulimit -f)\n");

@@ -165,7 +165,7 @@ TEST_F(SoundStream, RefusesOtherRatesWithAdvice)
     write(sound);
     const auto refused = run({"soundstream", "--fast", "--capture", "captured.wav", "sound.wav"});
     EXPECT_EQ(refused.exitCode, 1);
-    EXPECT_EQ(lineCount(refused.err), 1u) << refused.err;
+    expectMessage(refused, "soundstream");
     EXPECT_NE(refused.err.find("`kvx render sound.wav OUT.wav --device-rate 44100`"), std::string::npos)
         << refused.err;
     EXPECT_EQ(folder.count(), 1u) << "no capture is left";
@@ -178,7 +178,7 @@ TEST_F(SoundStream, RefusesTheDevelopmentEnvironment)
     write(makeNoise16(2, 1000));
     const auto result = run({"soundstream", "--development", "--capture", "captured.wav", "sound.wav"});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(lineCount(result.err), 1u) << result.err;
+    expectMessage(result, "soundstream");
     EXPECT_NE(result.err.find("built programs only; leave out --development"), std::string::npos)
         << result.err;
     EXPECT_EQ(folder.count(), 1u);
@@ -235,6 +235,7 @@ TEST_F(SoundStream, RefusesWrongArguments)
     for (const auto& fact : facts) {
         const auto result = run(joined({"soundstream", "--fast"}, fact.arguments));
         EXPECT_EQ(result.exitCode, fact.exitCode) << fact.text;
+        expectMessage(result, "soundstream");
         EXPECT_NE(result.err.find(fact.text), std::string::npos) << fact.text << ": " << result.err;
         EXPECT_EQ(folder.count(), 1u) << fact.text;
     }

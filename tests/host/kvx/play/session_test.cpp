@@ -55,6 +55,14 @@ TEST(UndoSinglePrecision, RestoresHundredths)
     EXPECT_EQ(kvx::undoSinglePrecision(semitone), semitone) << "not a hundredth";
 }
 
+TEST(Gap, PrintsItsCauseAndTheNextStep)
+{
+    testing::internal::CaptureStderr();
+    kvx::printGap();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "kvx: the sound had gaps: the file could not be read "
+                                                      "as fast as it plays; copy it to a faster disk\n");
+}
+
 TEST(EndDetector, WaitsForTheRemainingFrames)
 {
     kvx::EndDetector detector;
