@@ -126,6 +126,14 @@ TEST_F(InjectedFailures, SimulatedDeviceDoesNotOpenTheHardware)
     EXPECT_EQ(other.exitCode, 99) << "opening the hardware must fail here";
 }
 
+TEST_F(InjectedFailures, GetReadsTheSizeAndTheDataOfAPropertyOnce)
+{
+    const auto result =
+        support::runChild(kvxCommand({"get", "0", "nsrt"}), withFault("KVX_FAULT_READS", "1"));
+    EXPECT_EQ(result.out, "44100\n");
+    EXPECT_EQ(result.err, "AudioObjectGetPropertyDataSize\nAudioObjectGetPropertyData\n");
+}
+
 // ---- standard streams ----
 
 TEST_F(InjectedFailures, CaptureIsIntactWithClosedStandardStreams)

@@ -1,13 +1,17 @@
-// Injects faults into a process that preloads this library. Environment variables select the faults:
+// Injects faults into a process that preloads this library, or reports calls of the process. Environment
+// variables select the faults:
 //   KVX_FAULT_THREADS=N   only the first N threads start
 //   KVX_FAULT_THREAD=N    the Nth thread does not start
 //   KVX_FAULT_BLOCK=N     allocations of N bytes or more fail; N is at least 100,000
 //   KVX_FAULT_LOAD=1      the plug-in's reads of a sound file hang; a line on stdout reports the hang
 //   KVX_FAULT_HARDWARE=1  the start of PortAudio ends the process with exit code 99
+//   KVX_FAULT_READS=1     no fault; each property call of the plug-in prints a line on stderr
 #include <AudioToolbox/ExtendedAudioFile.h>
+#include <CoreAudio/CoreAudio.h>
 
 #include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
@@ -32,6 +36,11 @@ bool isPlugIn(const void* code)
 {
     Dl_info info = {};
     return dladdr(code, &info) && info.dli_fname && std::strstr(info.dli_fname, "KVXAudio.so");
+}
+
+void report(const char* function, const void* caller)
+{
+    if (numberOf("KVX_FAULT_READS", 0) && isPlugIn(caller)) dprintf(STDERR_FILENO, "%s\n", function);
 }
 
 std::atomic<unsigned long> threads{0};
@@ -70,6 +79,25 @@ INTERPOSED OSStatus ExtAudioFileRead(ExtAudioFileRef file, UInt32* frames, Audio
     }
     return next<OSStatus(ExtAudioFileRef, UInt32*, AudioBufferList*)>("ExtAudioFileRead")(file, frames,
                                                                                           buffers);
+}
+
+INTERPOSED OSStatus AudioObjectGetPropertyDataSize(AudioObjectID object,
+                                                   const AudioObjectPropertyAddress* address,
+                                                   UInt32 qualifierSize, const void* qualifier, UInt32* size)
+{
+    report(__func__, __builtin_return_address(0));
+    return next<decltype(AudioObjectGetPropertyDataSize)>(__func__)(object, address, qualifierSize, qualifier,
+                                                                    size);
+}
+
+INTERPOSED OSStatus AudioObjectGetPropertyData(AudioObjectID object,
+                                               const AudioObjectPropertyAddress* address,
+                                               UInt32 qualifierSize, const void* qualifier, UInt32* size,
+                                               void* data)
+{
+    report(__func__, __builtin_return_address(0));
+    return next<decltype(AudioObjectGetPropertyData)>(__func__)(object, address, qualifierSize, qualifier,
+                                                                size, data);
 }
 
 INTERPOSED int Pa_Initialize()
