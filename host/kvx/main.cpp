@@ -4,7 +4,7 @@
 #include "host/kvx/classes_and_devices.h"
 #include "host/kvx/command_line/shared_options.h"
 #include "host/kvx/files/tune.h"
-#include "host/kvx/play/command_line.h"
+#include "host/kvx/play/play_commands.h"
 #include "host/kvx/properties/property_commands.h"
 #include "host/kvx/text/failure.h"
 #include "host/kvx/text/message.h"

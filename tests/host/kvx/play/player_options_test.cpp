@@ -1,4 +1,4 @@
-#include "host/kvx/play/command_line.h"
+#include "host/kvx/play/play_commands.h"
 #include "host/kvx/play/player_options.h"
 
 #include "host/kvx/text/failure.h"
