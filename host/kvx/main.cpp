@@ -166,8 +166,9 @@ int runAction(const Action& action)
     } catch (const std::length_error&) { // thrown by a container that would exceed the address space
         return fail(noMemory, exitFailed);
     } catch (const host::HostException& error) {
+        if (error.className() == "OutOfMemoryException") return fail(noMemory, exitFailed);
         return failUnlessOutputIsLost(
-            fmt::format("the library raised {}; check the file and the options", error.what()));
+            fmt::format("the library raised {}; check the arguments of the command", error.what()));
     } catch (const std::exception& error) {
         return failUnlessOutputIsLost(error.what());
     }

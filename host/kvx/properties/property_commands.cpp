@@ -84,14 +84,16 @@ std::string nameOf(const CoreAudio& core, ObjectID id)
     return fmt::format("{} {}", kind == streamClass ? "stream" : "object", id);
 }
 
-/// Find the device that the user names by row number, name, part of a name or UID. A number that fits no
-/// device is returned as the ID of an object.
+/// Find the device that the user names by row number, name, part of a name or UID. A number without a row is
+/// the ID of an object.
 ObjectID findDeviceOrID(const std::string& text)
 {
+    if (const std::optional<std::uint32_t> number = readNumber(text)) {
+        const std::vector<KVXDeviceInfo> rows = listDevices();
+        return *number < rows.size() ? rows[*number].device : *number;
+    }
     const std::vector<KVXDeviceInfo> found = findDevices(text);
     if (found.size() == 1) return found[0].device;
-    const std::optional<std::uint32_t> id = readNumber(text);
-    if (found.empty() && id) return *id;
     if (found.empty())
         throw Failure(
             fmt::format("no device is called \"{}\"; `kvx devices` lists all devices", plainText(text)));
@@ -158,6 +160,8 @@ constexpr struct {
     {'!siz', "`kvx get --hex` shows the size of the value"},
     {'!dev', "`kvx devices` lists the devices"},
     {'!hog', "end the process that has the device"},
+    {'!str', "`kvx get DEVICE stm#` lists the streams of a device"},
+    {-108, "close other programs and try again"},
 };
 
 const char* nextStep(Status status)

@@ -58,7 +58,7 @@ TEST(KvxGet, PrintsValuesByTheirType)
 TEST(KvxGet, AcceptsObjectsSelectorsAndScopesInManyForms)
 {
     for (const char* object : {"0", "Simulated Device", "simulated device", "lated DEV",
-                               "kvx:simulated:0:Simulated Device", "id:2", "id:0x2", "2"})
+                               "kvx:simulated:0:Simulated Device", "id:2", "id:0x2", "2", "0x0"})
         EXPECT_EQ(runKvx({"get", object, "name"}).out, "Simulated Device\n") << object;
     for (const char* selector :
          {"nsrt", "'nsrt'", "0x6E737274", "1853059700", "kAudioDevicePropertyNominalSampleRate",
