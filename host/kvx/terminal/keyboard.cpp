@@ -88,8 +88,13 @@ extern "C" void noteContinue(int) { isRaw = 0; }
 extern "C" void restoreAndEnd(int signal)
 {
     restoreTerminal();
-    sigaction(signal, signal == SIGABRT ? &formerAbort : &formerQuit, nullptr);
-    raise(signal); // the former handler runs after this handler, because the signal is blocked until then
+    // The former handler of SIGABRT removes unfinished files. SIGQUIT ends the process even if it was
+    // ignored.
+    if (signal == SIGABRT)
+        sigaction(signal, &formerAbort, nullptr);
+    else
+        std::signal(signal, SIG_DFL);
+    raise(signal); // takes effect after this handler, because the signal is blocked until then
 }
 
 } // namespace
