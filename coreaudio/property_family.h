@@ -80,7 +80,7 @@ struct Getters<Target, Arguments<Where...>> {
     }
 
     /// Return the text of a property whose value is a CFString reference. A value of another size gives nil
-    /// and is no error: `Lasterror` is 0.
+    /// and is not an error: `Lasterror` is 0.
     static REALstringStruct* GetPropertyCFString(REALobjectStruct* object, Where... where)
     {
         HostInteger& lasterror = beginCall(object);

@@ -1,4 +1,4 @@
-// Opens and reads a sound file of arbitrary bytes. The last byte of the input is no part of the file: it
+// Opens and reads a sound file of arbitrary bytes. The last byte of the input is not part of the file: it
 // selects the client format, either the file's own format or floats with other channels, byte order or rate.
 #include "fuzz/file_in_memory.h"
 #include "fuzz/require.h"

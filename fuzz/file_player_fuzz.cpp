@@ -1,5 +1,5 @@
 // Loads a file of arbitrary bytes into a file player, and renders 0.1 s on a stepped device. The last byte of
-// the input is no part of the file; it selects the numbers of channels.
+// the input is not part of the file; it selects the numbers of channels.
 #include "fuzz/file_in_memory.h"
 #include "fuzz/library.h"
 #include "fuzz/require.h"

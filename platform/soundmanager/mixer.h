@@ -11,7 +11,7 @@ std::size_t componentCount();
 components::Component describe(std::size_t index);
 
 /// Set the output format of an open mixer.
-/// Errors   those of linearPCM(); paramErr for an instance that is no mixer. Throws std::bad_alloc.
+/// Errors   those of linearPCM(); paramErr for an instance that is not a mixer. Throws std::bad_alloc.
 /// [client]
 OSErr setOutput(ComponentInstance mixer, const SoundComponentData& description);
 

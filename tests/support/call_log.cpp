@@ -28,11 +28,15 @@ void CallLog::forget()
 
 Calls CallLog::calls() const
 {
-    const Guard guard(lock_);
-    if (isFull_) ADD_FAILURE() << "the log is full: it lacks the last of " << count_ << " calls";
     Calls calls;
-    for (std::size_t start = 0; start < size_; start += calls.back().size() + 1)
-        calls.emplace_back(text_.data() + start);
+    bool isComplete;
+    {
+        const Guard guard(lock_);
+        isComplete = !isFull_;
+        for (std::size_t start = 0; start < size_; start += calls.back().size() + 1)
+            calls.emplace_back(text_.data() + start);
+    }
+    if (!isComplete) ADD_FAILURE() << "the log is full: it has only the first " << calls.size() << " calls";
     return calls;
 }
 

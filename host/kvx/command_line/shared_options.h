@@ -1,6 +1,8 @@
 // The parts of the command line that several commands share: options, a check of numbers, the type of
 // actions. Compiling the library CLI11 takes seconds, so only the sources that declare options include this
-// header. All functions: [main].
+// header.
+//
+// All functions: [main].
 #pragma once
 
 #include "host/kvx/devices/output_device.h"

@@ -41,7 +41,8 @@ constexpr struct {
 };
 
 /// Describe why the item at a path is not a sound file. The platform reports folders and empty files as
-/// damaged. Returns  null if the item looks like a readable file or does not exist.
+/// damaged.
+/// Returns  null if the item looks like a readable file or does not exist.
 const char* problemOfItem(const std::string& path)
 {
     struct stat item = {};

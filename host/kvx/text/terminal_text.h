@@ -22,8 +22,8 @@ std::size_t displayWidth(std::string_view utf8);
 /// Cut a text to `width` terminal columns. A cut text ends with an ellipsis.
 std::string cutToWidth(std::string_view utf8, std::size_t width);
 
-/// Width in columns of the terminal that the descriptor `file` refers to; 0 if `file` is no terminal or the
-/// terminal reports no width.
+/// Width in columns of the terminal that the descriptor `file` refers to; 0 if `file` is not a terminal or
+/// the terminal reports no width.
 std::size_t terminalWidth(int file);
 
 /// A column of a table of text.

@@ -143,7 +143,7 @@ OSStatus addInput(Unit& unit, Slice& slice, UInt32 bus, Sum& sum, bool& hasSound
     const bool isInPlace = !sum.written && pcm::isSameFormat(input.format, unit.output(0).format);
     const OSStatus status = isInPlace ? pullInto(slice.out, 0, unit, bus, flags, slice.time, slice.frames)
                                       : pull(unit, bus, flags, slice.time, slice.frames, in);
-    // A source that was disconnected during this slice is no error.
+    // A source that was disconnected during this slice is not an error.
     if (status) return status == kAudioUnitErr_NoConnection && !input.source.get() ? noErr : status;
 
     Bus& state = stateOf<Mixer>(unit).inputs[bus];

@@ -68,9 +68,10 @@ KVX_PLATFORM_EXPORT uint32_t KVXPlatformGetDevices(KVXDeviceInfo* rows, uint32_t
 /*
  * Find the devices that a user names: the device with the row number `text`; or else the devices whose name
  * or UID is `text`; or else the devices whose name is `text` in upper or lower case; or else the devices
- * whose name contains `text` in upper or lower case. Shape    fills up to `capacity` rows, in the order of
- * the list; rows may be NULL if capacity is 0. Returns  the number of devices found; 0 for NULL, for "", or
- * without memory.
+ * whose name contains `text` in upper or lower case.
+ *
+ * Shape    fills up to `capacity` rows, in the order of the list; rows may be NULL if capacity is 0.
+ * Returns  the number of devices found; 0 for NULL, for "", or without memory.
  */
 KVX_PLATFORM_EXPORT uint32_t KVXPlatformFindDevices(const char* text, KVXDeviceInfo* rows, uint32_t capacity);
 

@@ -130,6 +130,7 @@ TEST_F(InjectedFailures, GetReadsTheSizeAndTheDataOfAPropertyOnce)
 {
     const auto result =
         support::runChild(kvxCommand({"get", "0", "nsrt"}), withFault("KVX_FAULT_READS", "1"));
+    EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.out, "44100\n");
     EXPECT_EQ(result.err, "AudioObjectGetPropertyDataSize\nAudioObjectGetPropertyData\n");
 }

@@ -5,7 +5,7 @@
 //   KVX_FAULT_BLOCK=N     allocations of N bytes or more fail; N is at least 100,000
 //   KVX_FAULT_LOAD=1      the plug-in's reads of a sound file hang; a line on stdout reports the hang
 //   KVX_FAULT_HARDWARE=1  the start of PortAudio ends the process with exit code 99
-//   KVX_FAULT_READS=1     no fault; each property call of the plug-in prints a line on stderr
+//   KVX_FAULT_READS=1     no fault; each read of the size or the data of a property prints a line on stderr
 #include <AudioToolbox/ExtendedAudioFile.h>
 #include <CoreAudio/CoreAudio.h>
 

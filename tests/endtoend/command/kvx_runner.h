@@ -46,7 +46,9 @@ inline void expectMessage(const support::ChildResult& result, const std::string&
 {
     EXPECT_EQ(lineCount(result.err), 1u) << result.err;
     EXPECT_EQ(result.err.rfind("kvx: " + command + (command.empty() ? "" : ": "), 0), 0u) << result.err;
-    EXPECT_NE(result.err.find("; "), std::string::npos) << "without a next step: " << result.err;
+    const std::size_t nextStep = result.err.rfind("; ");
+    EXPECT_TRUE(nextStep != std::string::npos && nextStep + 3 < result.err.size())
+        << "without a next step: " << result.err;
 }
 
 inline std::string bytesOf(const std::string& path)
