@@ -66,7 +66,8 @@ private:
     bool isEndSeen_ = false;
 };
 
-/// Gives Session::poll() the functions of a play method. A play method without keys sets only `status`.
+/// The callbacks through which Session::poll() controls a player. A way to play that handles no keys sets
+/// only the callback `status`.
 /// [main]
 struct Transport {
     std::function<std::string()> status; ///< returns the text of the live line

@@ -238,8 +238,8 @@ std::string formatProperty(const CoreAudio& core, const Subject& subject, const 
     const Question question = subject.type ? subject.type->question : Question::none;
     const std::string selector = formatCode(subject.address.selector);
     if (question == Question::withReference)
-        throw Failure(fmt::format("{} takes or returns a reference that a host program cannot hold; `kvx "
-                                  "devices` shows every device with its UID",
+        throw Failure(fmt::format("{} takes or returns a CoreFoundation object that a host program cannot "
+                                  "hold; `kvx devices` lists the devices with their UIDs",
                                   selector));
     if (question == Question::none) {
         if (!options.value.empty())

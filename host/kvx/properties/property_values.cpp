@@ -305,7 +305,8 @@ const FormFact* findForm(Form form)
 
 // ---- values that are read back ----
 
-/// Compare the formats field by field. A field of 0 in the written format agrees with any value.
+/// Compare the format that the user gave with the format of the device, field by field. A field of 0 in the
+/// given format agrees with any value.
 bool formatIsKept(const StreamFormat& written, const StreamFormat& read)
 {
     return (written.rate == 0 || written.rate == read.rate) &&

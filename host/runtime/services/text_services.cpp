@@ -17,7 +17,8 @@ namespace {
 /// The text that one call of "PluginGetStringData" returned; it lives until "PluginDisposeStringData".
 struct StringDataRecord {
     String text;
-    char* copy; ///< copy of the bytes with a last byte that is not zero; null if `text` is used
+    char* copy; ///< copy of the bytes plus a byte that is not zero, so that a read past the end shows;
+                ///< null if `text` is used
 };
 
 void destroyStringData(void* value)

@@ -121,7 +121,8 @@ void expectRefused(const std::string& path, OSStatus status, int channels = 2)
     }
 }
 
-/// Expect that both load methods load `frames` frames and that the player plays past the end of the file.
+/// Expect that both load methods load `frames` frames, and that the player plays them and then runs on past
+/// the end of the file.
 void expectLoaded(const std::string& path, std::size_t frames, int channels)
 {
     for (const char* method : {"LoadFile", "LoadFileMT"}) {

@@ -96,7 +96,7 @@ const Loss losses[] = {
     // Every memory block seems to have 0 bytes, so only calls with an explicit size play.
     {"memoryBlockGetSize",      always, forEver, "false; 0 queued; silence", {"whole PCM16 blocks", "whole float blocks"}},
     {"memoryBlockGetSize",      always, forEver, "nil, status !siz; status !siz", {"values in the caller's block"}},
-    // The library finds no event handlers of a program.
+    // Without this service, the plug-in library cannot look up the event handlers of a program.
     {"GetEventInstance",        always, forEver, "changes: 0", {"listeners"}},
 };
 // clang-format on

@@ -9,7 +9,8 @@ namespace {
 
 using namespace host;
 
-/// Print a declaration as "Name(parameters) Result". "&" stands for ByRef, ":=" for Assigns.
+/// Print a declaration as "Name(parameters) Result". "&" marks a parameter passed by reference, ":="
+/// the parameter that receives the right side of an assignment.
 std::string shapeOf(const Declaration& declaration)
 {
     std::string shape = declaration.name + "(";
