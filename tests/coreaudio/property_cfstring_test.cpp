@@ -61,7 +61,7 @@ TEST_F(PropertyCFStrings, AreConvertedAndReleased)
             EXPECT_EQ(lasterror(), 0);
             EXPECT_EQ(text.releases, 1);
             EXPECT_EQ(spy::calls(),
-                      (Calls{target.infoCall("nowhere"), getCall(target), "CFStringGetLength(text)",
+                      (Calls{target.infoCall("null"), getCall(target), "CFStringGetLength(text)",
                              "CFStringGetCString(text, 0x258, 0x8000100)", "CFRelease(text)"}));
         });
 }
@@ -77,7 +77,7 @@ TEST_F(PropertyCFStrings, AreNilWithoutAnErrorForAnotherSize)
             EXPECT_EQ(target.getCFString(object()), nullptr);
             EXPECT_EQ(c_library_spy::end(), Calls());
             EXPECT_EQ(lasterror(), 0);
-            EXPECT_EQ(spy::calls(), Calls{target.infoCall("nowhere")});
+            EXPECT_EQ(spy::calls(), Calls{target.infoCall("null")});
         });
     }
 }
@@ -92,7 +92,7 @@ TEST_F(PropertyCFStrings, StoreAFailedInfoCallExceptForDevices)
             announce(target, referenceSize);
             EXPECT_EQ(target.getCFString(object()), nullptr);
             EXPECT_EQ(lasterror(), target.name == "AudioDevice" ? -1 : status);
-            EXPECT_EQ(spy::calls(), Calls{target.infoCall("nowhere")});
+            EXPECT_EQ(spy::calls(), Calls{target.infoCall("null")});
             kept += lasterror() == -1;
         });
     EXPECT_EQ(kept, 2) << "one target of four, for two statuses";
@@ -104,7 +104,7 @@ TEST_F(PropertyCFStrings, AreNilAndNotReleasedIfNull)
         announce(target, referenceSize);
         EXPECT_EQ(target.getCFString(object()), nullptr);
         EXPECT_EQ(lasterror(), 0);
-        EXPECT_EQ(spy::calls(), (Calls{target.infoCall("nowhere"), getCall(target)}));
+        EXPECT_EQ(spy::calls(), (Calls{target.infoCall("null"), getCall(target)}));
     });
 }
 
@@ -117,7 +117,7 @@ TEST_F(PropertyCFStrings, AreNotReleasedAfterAnError)
         EXPECT_EQ(target.getCFString(object()), nullptr);
         EXPECT_EQ(lasterror(), unknown);
         EXPECT_EQ(text.releases, 0);
-        EXPECT_EQ(spy::calls(), (Calls{target.infoCall("nowhere"), getCall(target)}));
+        EXPECT_EQ(spy::calls(), (Calls{target.infoCall("null"), getCall(target)}));
     });
 }
 
@@ -174,7 +174,7 @@ TEST_F(PropertyCFStrings, PassNoExceptionToTheHost)
         lasterror() = 4711;
         EXPECT_NO_THROW(EXPECT_EQ(target.getCFString(object()), nullptr));
         EXPECT_EQ(lasterror(), -1);
-        EXPECT_EQ(spy::calls(), Calls{target.infoCall("nowhere")});
+        EXPECT_EQ(spy::calls(), Calls{target.infoCall("null")});
     });
 }
 

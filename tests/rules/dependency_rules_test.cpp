@@ -24,7 +24,7 @@ TEST(DependencyRules, FindForbiddenIncludes)
     // clang-format off
     const struct { const char* file; const char* directive; bool isForbidden; const char* why; } facts[] = {
         {"player/render.cpp",            "#include <CoreAudio/CoreAudio.h>",          false, "the platform's public headers are allowed"},
-        {"player/render.cpp",            "#include \"player/nowhere.h\"",             true,  "there is no such file"},
+        {"player/render.cpp",            "#include \"player/missing.h\"",             true,  "there is no such file"},
         {"player/render.cpp",            "#include \"platform/hal/device.h\"",        true,  "the platform's internal headers are forbidden"},
         {"player/render.cpp",            "#include \"host/runtime/runtime.h\"",       true,  "the plug-in does not know the host"},
         {"player/render.cpp",            "#include \"coreaudio/class_table.h\"",      true,  "a class folder does not include another one"},

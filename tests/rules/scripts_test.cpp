@@ -74,7 +74,7 @@ TEST(CheckText, ReadsTrackedFilesOnlyEvenInTheCloneOfAnotherUser)
 TEST(CheckText, SkipsTheGitFolderIfGitCannotReadTheRepository)
 {
     const TextTree tree;
-    const Environment environment = {{"GIT_DIR", "/nowhere"}};
+    const Environment environment = {{"GIT_DIR", "/missing"}};
     const auto good = tree.run("check-text", environment);
     EXPECT_EQ(good.exitCode, 0) << good.err;
 

@@ -32,15 +32,14 @@ void setStarted(AudioDeviceID device, AudioDeviceIOProc procedure, bool isStarte
     if (Installed* const found = find(device, procedure)) found->isStarted = isStarted;
 }
 
-/// The caller's buffer of a property call, recorded as its size and ", nowhere" for a null pointer.
+/// The caller's buffer of a property call, recorded as its size and ", null" for a null pointer.
 struct Output {
     const UInt32* size;
     const void* data;
 };
 spy::Line& operator<<(spy::Line& line, Output output)
 {
-    return line << spy::Bytes{output.size ? *output.size : 0}
-                << (output.size && output.data ? "" : ", nowhere");
+    return line << spy::Bytes{output.size ? *output.size : 0} << (output.size && output.data ? "" : ", null");
 }
 
 template <class Value>

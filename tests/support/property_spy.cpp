@@ -63,7 +63,7 @@ struct Writable {
 };
 Line& operator<<(Line& line, Writable writable)
 {
-    return writable.flag ? line << "writable " << *writable.flag : line << "writable nowhere";
+    return writable.flag ? line << "writable " << *writable.flag : line << "writable null";
 }
 
 /// The caller's buffer for a value, recorded as its name, or as its size and whether it holds zeros only.

@@ -153,7 +153,7 @@ TEST_F(FilePlayerBadFiles, WithoutSoundAreRefused)
 {
     fs::create_directory(folder / "folder");
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
-    fs::create_symlink("nowhere", folder / "dangling");
+    fs::create_symlink("missing", folder / "dangling");
     fs::create_symlink("folder", folder / "linked folder");
     writeBytes(folder / "empty.wav", "");
     writeBytes(folder / "zeros.wav", Bytes(5000, '\0'));

@@ -50,7 +50,7 @@ TEST(OpeningFaults, ItemsThatAreNotSoundFilesAreRefused)
     address.sun_family = AF_UNIX;
     std::snprintf(address.sun_path, sizeof address.sun_path, "%s", (folder / "socket").c_str());
     ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    fs::create_symlink("nowhere", folder / "dangling");
+    fs::create_symlink("missing", folder / "dangling");
     fs::create_symlink("loop", folder / "loop");
     fs::create_symlink("folder", folder / "linked folder");
     sound::save(folder / "empty", {});

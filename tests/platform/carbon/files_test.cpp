@@ -23,7 +23,7 @@ public:
     Folder()
     {
         std::string pattern = (fs::temp_directory_path() / "kvx-files-XXXXXX").string();
-        path_ = mkdtemp(pattern.data()) ? pattern : "/nowhere";
+        path_ = mkdtemp(pattern.data()) ? pattern : "/missing";
     }
     ~Folder()
     {
@@ -107,7 +107,7 @@ TEST(FileReferences, AreNotMadeForMissingItems)
 {
     const Folder folder;
     makeFile(folder / "a.wav");
-    fs::create_symlink("nowhere", folder / "dangling");
+    fs::create_symlink("missing", folder / "dangling");
     const struct {
         std::string path;
         OSStatus status;
