@@ -139,33 +139,9 @@ TEST_F(Kvx, PlaysWithEveryHostVersion)
 
 TEST_F(Kvx, SignalStopsPlaybackAndFinishesTheCapture)
 {
-    const struct {
-        int signal, exitCode;
-    } facts[] = {{SIGINT, 130}, {SIGTERM, 143}, {SIGHUP, 129}};
     const auto sound = support::makeNoise(44100, 2, 44100 * 60);
     support::writeSound(sound, folder / "long.wav");
-    for (const auto& fact : facts) {
-        SCOPED_TRACE(fact.signal);
-        std::filesystem::remove(folder / "out.wav"); // a capture of the former signal
-        support::Child child(kvxCommand({"play", "--capture", "out.wav", "long.wav"}), {}, folder.path());
-        // Wait until the capture has one second, which is longer than the silence at the start.
-        while (child.isRunning() && unfinishedBytes() < 44100 * 2 * sizeof(float))
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        child.send(fact.signal);
-        const auto result = child.wait();
-        EXPECT_EQ(result.exitCode, fact.exitCode);
-        EXPECT_EQ(result.err, "");
-        EXPECT_NE(result.out.find("Stopped."), std::string::npos) << result.out;
-
-        const auto captured = support::readSound(folder / "out.wav");
-        const auto first = std::ptrdiff_t(support::leadingSilence(captured) * 2);
-        auto last = captured.samples.end();
-        while (last != captured.samples.begin() + first && *(last - 1) == 0.0f) --last;
-        EXPECT_LT(captured.frames(), sound.frames());
-        EXPECT_GT(last - captured.samples.begin(), first) << "the capture has sound";
-        EXPECT_TRUE(std::equal(captured.samples.begin() + first, last, sound.samples.begin()));
-        EXPECT_EQ(folder.count(), 2u);
-    }
+    expectSignalsFinishTheCapture({"play", "--capture", "out.wav", "long.wav"}, sound);
 }
 
 // Like nohup, this test starts the program with SIGHUP ignored.

@@ -2,15 +2,19 @@
 #pragma once
 
 #include "tests/support/child_process.h"
+#include "tests/support/sound_samples.h"
 #include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace endtoend {
@@ -82,6 +86,40 @@ struct KvxTest : testing::Test {
             if (!renamed) largest = std::max(largest, size);
         }
         return largest;
+    }
+
+    /// Stop a command that captures `sound` in out.wav, by each signal after one second of sound. Expect the
+    /// exit code of the signal, and the start of the sound between silence in the capture. The samples of
+    /// `sound` are not zero.
+    void expectSignalsFinishTheCapture(const Arguments& command, const support::Sound& sound) const
+    {
+        const struct {
+            int signal, exitCode;
+        } facts[] = {{SIGINT, 130}, {SIGTERM, 143}, {SIGHUP, 129}};
+        const std::size_t filesBefore = folder.count();
+        for (const auto& fact : facts) {
+            SCOPED_TRACE(fact.signal);
+            support::Child child(kvxCommand(command), {}, folder.path());
+            // One second is longer than the silence at the start of the capture.
+            while (child.isRunning() && unfinishedBytes() < 44100 * 2 * sizeof(float))
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            child.send(fact.signal);
+            const auto result = child.wait();
+            EXPECT_EQ(result.exitCode, fact.exitCode);
+            EXPECT_EQ(result.err, "");
+            EXPECT_NE(result.out.find("Stopped."), std::string::npos) << result.out;
+            EXPECT_EQ(folder.count(), filesBefore + 1);
+
+            const support::Sound captured = support::readSound(folder / "out.wav");
+            const auto first =
+                captured.samples.begin() + std::ptrdiff_t(support::leadingSilence(captured) * 2);
+            const auto end = std::find(first, captured.samples.end(), 0.0f);
+            EXPECT_GT(end - first, 1000) << "the capture has sound";
+            EXPECT_LT(captured.frames(), sound.frames());
+            EXPECT_TRUE(std::equal(first, end, sound.samples.begin())) << "the start of the sound";
+            EXPECT_TRUE(std::all_of(end, captured.samples.end(), [](float sample) { return sample == 0; }));
+            std::filesystem::remove(folder / "out.wav");
+        }
     }
 };
 

@@ -243,34 +243,9 @@ TEST_F(SoundStream, RefusesWrongArguments)
 
 TEST_F(SoundStream, SignalStopsPlaybackAndFinishesTheCapture)
 {
-    const struct {
-        int signal, exitCode;
-    } facts[] = {{SIGINT, 130}, {SIGTERM, 143}, {SIGHUP, 129}};
     const Sound sound = makeNoise16(2, 44100 * 60);
     write(sound);
-    for (const auto& fact : facts) {
-        support::Child child(kvxCommand({"soundstream", "--capture", "captured.wav", "sound.wav"}), {},
-                             folder.path());
-        while (child.isRunning() && unfinishedBytes() < 44100 * 2 * sizeof(float))
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        child.send(fact.signal);
-        const auto result = child.wait();
-        EXPECT_EQ(result.exitCode, fact.exitCode);
-        EXPECT_EQ(result.err, "");
-        EXPECT_NE(result.out.find("Stopped."), std::string::npos) << result.out;
-        EXPECT_EQ(folder.count(), 2u);
-
-        const Sound captured = support::readSound(folder / "captured.wav");
-        const std::size_t first = support::leadingSilence(captured) * 2;
-        const auto end =
-            std::find(captured.samples.begin() + std::ptrdiff_t(first), captured.samples.end(), 0.0f);
-        const auto count = std::size_t(end - captured.samples.begin()) - first;
-        EXPECT_GT(count, 1000u);
-        EXPECT_TRUE(std::equal(captured.samples.begin() + std::ptrdiff_t(first), end, sound.samples.begin()))
-            << "the start of the file";
-        EXPECT_TRUE(std::all_of(end, captured.samples.end(), [](float sample) { return sample == 0; }));
-        std::filesystem::remove(folder / "captured.wav");
-    }
+    expectSignalsFinishTheCapture({"soundstream", "--capture", "out.wav", "sound.wav"}, sound);
 }
 
 TEST_F(SoundStream, PauseKeyLosesNoFrames)

@@ -31,13 +31,18 @@ KVXDeviceInfo makeDefault(const SteppedDevice& device)
     return kvx::deviceNow(info);
 }
 
+kvx::Playlist writeNoise(const support::TemporaryFolder& folder, int channels, int seconds)
+{
+    support::writeSound(support::makeNoise(44100, channels, 44100u * unsigned(seconds)), folder / "a.wav");
+    return kvx::planPlaylist({folder / "a.wav"});
+}
+
 // A player whose device refused to start reports that it runs, and cannot be stopped; the command must still
 // end.
 TEST(BufferedPlayDeathTest, DeviceThatRefusesToStartFailsWithAMessage)
 {
     support::TemporaryFolder folder;
-    support::writeSound(support::makeNoise(44100, 2, 44100), folder / "a.wav");
-    const kvx::Playlist playlist = kvx::planPlaylist({folder / "a.wav"});
+    const kvx::Playlist playlist = writeNoise(folder, 2, 1);
     EXPECT_EXIT(
         {
             kvx::Library loaded(library());
@@ -58,8 +63,7 @@ TEST(BufferedPlayDeathTest, DeviceThatRefusesToStartFailsWithAMessage)
 TEST(BufferedPlay, StoppedEarlyDropsTheQueuedBlocks)
 {
     support::TemporaryFolder folder;
-    support::writeSound(support::makeNoise(44100, 2, 44100 * 30), folder / "a.wav");
-    const kvx::Playlist playlist = kvx::planPlaylist({folder / "a.wav"});
+    const kvx::Playlist playlist = writeNoise(folder, 2, 30);
     kvx::Library loaded(library());
     {
         SteppedDevice device;
@@ -79,8 +83,7 @@ TEST(BufferedPlay, StoppedEarlyDropsTheQueuedBlocks)
 TEST(BufferedPlay, ReportsAGapAfterAnUnderflow)
 {
     support::TemporaryFolder folder;
-    support::writeSound(support::makeNoise(44100, 1, 44100 * 30), folder / "a.wav");
-    const kvx::Playlist playlist = kvx::planPlaylist({folder / "a.wav"});
+    const kvx::Playlist playlist = writeNoise(folder, 1, 30);
     kvx::Library loaded(library());
     SteppedDevice device;
     const KVXDeviceInfo info = makeDefault(device);
