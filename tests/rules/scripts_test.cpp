@@ -26,21 +26,15 @@ void writeProgram(const std::string& path, const std::string& text)
     fs::permissions(path, fs::perms::owner_all);
 }
 
-std::string readFile(const std::string& path)
-{
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 struct ScriptTree : support::TemporaryFolder {
     explicit ScriptTree(const std::string& script)
     {
         fs::create_directory(*this / "scripts");
-        fs::copy_file(rules::root() / "scripts" / script, (*this / ("scripts/" + script)));
+        fs::copy_file(rules::root() / "scripts" / script, *this / ("scripts/" + script));
     }
     support::ChildResult run(const std::string& script, const Environment& environment) const
     {
-        return support::runChild({(*this / ("scripts/" + script))}, environment, path());
+        return support::runChild({*this / ("scripts/" + script)}, environment, path());
     }
 };
 
@@ -69,6 +63,16 @@ TEST(CheckText, ReadsTrackedFilesOnlyEvenInTheCloneOfAnotherUser)
         writeFile(tree / "tracked.cpp", "int one = 1; \n");
         EXPECT_EQ(tree.run("check-text", environment).exitCode, 1);
     }
+}
+
+TEST(CheckText, AcceptsTrackedFilesThatAreMissing)
+{
+    const TextTree tree;
+    writeFile(tree / "first.cpp", "int one = 1;\n");
+    EXPECT_EQ(support::runChild({"git", "add", "."}, {}, tree.path()).exitCode, 0);
+    fs::remove(tree / "tracked.cpp"); // the last tracked file
+    const auto good = tree.run("check-text", {});
+    EXPECT_EQ(good.exitCode, 0) << good.err;
 }
 
 TEST(CheckText, SkipsTheGitFolderIfGitCannotReadTheRepository)
@@ -175,7 +179,7 @@ TEST(Setup, UpdatesThePackageListsAndRetriesOnceAfterAFailure)
         const BareMachine machine(fact.failures);
         const auto result = machine.setUp();
         EXPECT_EQ(result.exitCode, fact.exitCode) << result.err;
-        EXPECT_EQ(readFile(machine / "calls"), fact.calls);
+        EXPECT_EQ(rules::read(machine / "calls"), fact.calls);
         EXPECT_EQ(result.err.find("404") != std::string::npos, fact.exitCode != 0) << result.err;
     }
 }
