@@ -103,7 +103,7 @@ HostInteger memoryBlockSize(REALmemoryBlockStruct* block)
 REALarrayStruct* newArray(HostInteger elementCode, HostInteger upperBound)
 {
     if (elementCode == 0 && upperBound >= -1)
-        return Array::ofType(Base::integer, static_cast<std::size_t>(upperBound + 1)).detach();
+        return Array::ofType(Base::integer, static_cast<std::size_t>(upperBound) + 1).detach();
     noteMisuse(fmt::format("an array of element type code {} and upper bound {} cannot be made", elementCode,
                            upperBound));
     return nullptr;

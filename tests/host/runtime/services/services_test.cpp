@@ -9,6 +9,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 
 namespace {
 
@@ -293,6 +294,8 @@ TEST(Services, IntegerArraysAreMadeFilledAndRead)
         insert(array.get(), 9, 1);
         EXPECT_EQ(host.misuses().size(), 3u);
         EXPECT_EQ(bound(array.get()), 2);
+        EXPECT_EQ(make(0, std::numeric_limits<HostInteger>::max()), nullptr) << "too many elements";
+        EXPECT_EQ(host.misuses().size(), 4u);
 
         const Array filled(Array::adopt(make(0, 4)));
         EXPECT_EQ(filled.numbers(), std::vector<double>(5, 0.0));
