@@ -1,7 +1,11 @@
 #include "host/kvx/play/file_player.h"
 #include "host/kvx/play/session.h"
 
+#include <CoreAudio/CoreAudio.h>
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <optional>
 
 namespace {
 
@@ -86,18 +90,30 @@ TEST(EndDetector, EndsAtOnceWithoutRemainingFrames)
     EXPECT_TRUE(detector.hasEnded(1000, 0));
 }
 
-TEST(Meter, ReportsSilenceAndReleasesTheDevice)
+OSStatus playHalf(AudioDeviceID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
+                  AudioBufferList* output, const AudioTimeStamp*, void*)
+{
+    auto* const samples = static_cast<float*>(output->mBuffers[0].mData);
+    std::fill_n(samples, output->mBuffers[0].mDataByteSize / sizeof(float), -0.5f);
+    return noErr;
+}
+
+TEST(Meter, MeasuresTheOutputUntilItsDestruction)
 {
     KVXSimulatedDevice description = {};
     description.isStepped = 1;
     const KVXDeviceID device = KVXPlatformAddSimulatedDevice(&description);
     ASSERT_NE(device, 0u);
-    {
-        kvx::Meter meter(device);
-        KVXPlatformStep(device, 512);
-        EXPECT_EQ(meter.takePeak(), 0.0f);
-    }
-    KVXPlatformStep(device, 512); // must not call the meter, which no longer exists
+    ASSERT_EQ(AudioDeviceAddIOProc(device, playHalf, nullptr), noErr);
+    ASSERT_EQ(AudioDeviceStart(device, playHalf), noErr);
+    std::optional<kvx::Meter> meter(device);
+    EXPECT_EQ(meter->takePeak(), 0.0f) << "before the first slice";
+    ASSERT_EQ(KVXPlatformStep(device, 512), 512u);
+    EXPECT_EQ(meter->takePeak(), 0.5f);
+    EXPECT_EQ(meter->takePeak(), 0.0f) << "since the last call";
+    EXPECT_EQ(meter->frames(), 512u);
+    meter.reset();
+    EXPECT_EQ(KVXPlatformStep(device, 512), 512u) << "the device no longer calls the meter";
     EXPECT_EQ(KVXPlatformRemoveSimulatedDevice(device), 0);
 }
 
