@@ -188,10 +188,7 @@ TEST_F(AUPlayerGetters, IgnoreTheirParameter)
 
 using RegisteredAUPlayer = PlayerTest;
 
-TEST_F(RegisteredAUPlayer, InLayout13IsTheTableItself)
-{
-    support::expectRegisteredUnchanged(auPlayerClass, 13);
-}
+TEST_F(RegisteredAUPlayer, InLayout13IsTheTableItself) { support::expectRegisteredUnchanged(auPlayerClass); }
 
 TEST_F(RegisteredAUPlayer, InLayout9HasTheFirstWordsOfEachRow)
 {

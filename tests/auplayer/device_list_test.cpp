@@ -302,12 +302,7 @@ TEST_F(DeviceList, HasTheDevicesThatWereRead)
             spy::answer("AudioObjectGetPropertyData").size.reset();
         };
         expectList(row.list);
-        const Notes calls = spy::calls();
-        EXPECT_EQ(std::count_if(calls.begin(), calls.end(),
-                                [](const std::string& call) {
-                                    return call.rfind("AudioDeviceGetPropertyInfo", 0) == 0;
-                                }),
-                  static_cast<std::ptrdiff_t>(row.list.size()))
+        EXPECT_EQ(spy::count("AudioDeviceGetPropertyInfo"), static_cast<int>(row.list.size()))
             << "no other device is queried";
     }
 }

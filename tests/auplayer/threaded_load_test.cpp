@@ -45,13 +45,8 @@ TEST_F(ThreadedLoad, LoadsOnAnotherThreadAndBuildsTextsOnTheMainThread)
     const Notes calls = host().calls();
     const auto lastYield = std::find(calls.rbegin(), calls.rend(), "REALYieldToRB()");
     const Notes afterwards(lastYield.base(), calls.end());
-    EXPECT_EQ(std::count_if(afterwards.begin(), afterwards.end(),
-                            [](const std::string& call) { return call.find("REALBuildString(") == 0; }),
-              2)
-        << "one text per format, after the load";
-    EXPECT_EQ(std::count_if(calls.begin(), lastYield.base(),
-                            [](const std::string& call) { return call.find("REALBuildString(") == 0; }),
-              0);
+    EXPECT_EQ(spy::countOf(afterwards, "REALBuildString"), 2) << "one text per format, after the load";
+    EXPECT_EQ(spy::countOf(calls, "REALBuildString"), 2);
     EXPECT_EQ(host().bytesOf(data().clientFormatString),
               " 2 ch,  48000 Hz, 'lpcm' (0x00000009) 32-bit little-endian float");
     EXPECT_EQ(host().bytesOf(data().outputFormatString),

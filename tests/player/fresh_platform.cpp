@@ -1,6 +1,7 @@
 #include "tests/player/fresh_platform.h"
 
 #include "plugin/process_state.h"
+#include "tests/support/call_log.h"
 #include "tests/support/service_caches.h"
 
 #include <algorithm>
@@ -29,13 +30,7 @@ void FreshPlatform::startHost(std::initializer_list<const char*> withheld)
     forgetServices();
 }
 
-int FreshPlatform::calls(const std::string& service) const
-{
-    const fake::Notes all = host_.calls();
-    return static_cast<int>(std::count_if(all.begin(), all.end(), [&](const std::string& call) {
-        return call.substr(0, call.find('(')) == service;
-    }));
-}
+int FreshPlatform::calls(const std::string& service) const { return spy::countOf(host_.calls(), service); }
 
 int FreshPlatform::lookUps(const std::string& service) const
 {

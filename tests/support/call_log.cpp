@@ -46,4 +46,11 @@ std::size_t CallLog::count() const
     return count_;
 }
 
+int countOf(const Calls& calls, std::string_view function)
+{
+    return static_cast<int>(std::count_if(calls.begin(), calls.end(), [&](const std::string& call) {
+        return call.substr(0, call.find('(')) == function;
+    }));
+}
+
 } // namespace spy

@@ -80,4 +80,7 @@ private:
     bool isFull_ = false; // whether a call did not fit the memory
 };
 
+/// Return the number of calls of a function.
+int countOf(const Calls& calls, std::string_view function);
+
 } // namespace spy

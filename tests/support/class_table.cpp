@@ -155,9 +155,9 @@ void expectDifferentFunctions(const REALclassDefinition& definition, std::size_t
     EXPECT_EQ(std::set<AnyFunction>(functions.begin(), functions.end()).size(), functions.size());
 }
 
-void expectRegisteredUnchanged(const REALclassDefinition& definition, int layout)
+void expectRegisteredUnchanged(const REALclassDefinition& definition)
 {
-    const REALclassDefinition copy = registered(definition, layout);
+    const REALclassDefinition copy = registered(definition, newestLayout);
     EXPECT_EQ(copy.properties, definition.properties);
     EXPECT_EQ(copy.methods, definition.methods);
     EXPECT_EQ(copy.constants, definition.constants);

@@ -52,9 +52,9 @@ void expectConstants(const REALclassDefinition& definition, const std::vector<co
 /// Expect that all rows together, with the constructor and the destructor, name `count` different functions.
 void expectDifferentFunctions(const REALclassDefinition& definition, std::size_t count);
 
-/// Register a copy of the class with the existing fake host, in a layout from 10 to 13. Expect that the copy
-/// refers to the same tables of properties and methods.
-void expectRegisteredUnchanged(const REALclassDefinition& definition, int layout);
+/// Register a copy of the class with the existing fake host, in the newest layout. Expect that the copy
+/// refers to the same tables of properties, methods and constants.
+void expectRegisteredUnchanged(const REALclassDefinition& definition);
 
 /// Register a copy of the class with the existing fake host, in layout 9. Expect that the copy refers to
 /// copies of the tables, without the words that layout 9 lacks.

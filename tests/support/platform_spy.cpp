@@ -48,13 +48,7 @@ void reset()
 Calls calls() { return theLog.calls(); }
 void forgetCalls() { theLog.forget(); }
 
-int count(const std::string& function)
-{
-    const Calls all = theLog.calls();
-    return static_cast<int>(std::count_if(all.begin(), all.end(), [&](const std::string& call) {
-        return call.substr(0, call.find('(')) == function;
-    }));
-}
+int count(const std::string& function) { return countOf(theLog.calls(), function); }
 
 void name(const void* pointer, const std::string& text)
 {

@@ -29,7 +29,7 @@ namespace spy {
 /// The scripted result of one platform function, for all calls of the function.
 struct Answer {
     OSStatus status = 0;             ///< status of the call; a status other than 0 refuses the call
-    bool leavesGarbage = true;       ///< whether a refused call writes garbage to its outputs
+    bool leavesGarbage = true;       ///< graph_spy: whether a refused read of a property writes garbage
     std::optional<UInt32> size;      ///< size that the call writes to the caller's size variable
     std::optional<Boolean> writable; ///< result of a call that asks whether a property is writable
     /// Bytes that the call writes to the caller's buffer, cut to the buffer's size.

@@ -16,7 +16,7 @@ using LostDevices = LoadedHostTest;
 using host::MemoryBlock;
 using host::Object;
 
-const auto aSecond = [] { return MemoryBlock::copyOf(std::vector<float>(44100, 0.25f)); };
+MemoryBlock aSecond() { return MemoryBlock::copyOf(std::vector<float>(44100, 0.25f)); }
 
 Object playingOn(host::Host& host, KVXDeviceID device)
 {
