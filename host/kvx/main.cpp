@@ -128,7 +128,7 @@ void addTuneCommand(CLI::App& app, Action& action)
     const auto options = std::make_shared<Options>();
     CLI::App* const command = app.add_subcommand("tune", "Write a short tune to a WAV file");
     command->add_option("file", options->path, "The file to write")->required()->type_name("OUT.wav");
-    command->add_flag("--quiet", options->isQuiet, "Print errors only");
+    kvx::addQuietOption(*command, options->isQuiet);
     command->callback([options, &action] {
         action = [options] {
             kvx::writeTune(options->path);

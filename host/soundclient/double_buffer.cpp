@@ -22,8 +22,7 @@ struct Buffer {
     Shared* shared = nullptr;
     SoundParamBlock block = {};
     std::vector<std::uint8_t> bytes;
-    std::atomic<bool> isFree{
-        true}; // whether the main thread may fill the buffer; false while the buffer is in the queue
+    std::atomic<bool> isFree{true}; // whether the buffer is not in the queue, so the main thread may fill it
 };
 
 /// Mark a buffer as played. The component calls this completion routine after it has played the buffer.

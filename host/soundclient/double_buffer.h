@@ -13,7 +13,7 @@ namespace soundclient {
 
 /// Plays PCM16 samples, in the sample rate and channels of the sound component, through a source (a queue
 /// of buffers in the component). Call feed() and start(), then feed() once per duration of a buffer or more.
-/// Errors  every function throws Refusal.
+/// Errors  the constructor, feed(), start() and pause() throw Refusal.
 /// [main]
 class DoubleBuffer {
 public:

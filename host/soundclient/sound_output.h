@@ -60,8 +60,8 @@ public:
     OutputForm form() const;
 
     Source addSource();
-    void
-    removeSource(Source source); ///< after the return, the component no longer uses the buffers of the source
+    /// Remove a source. After the return, the component no longer uses the buffers of the source.
+    void removeSource(Source source);
 
     /// Add a buffer to the queue of the source. If the source is not playing, the call also starts it, unless
     /// `isPaused` is true. After the buffer has played, the audio thread calls its completion routine.

@@ -54,7 +54,7 @@ bool startPortAudio(std::string& error)
     const auto status = std::make_shared<PaError>(paNoError);
     const bool isAnswered = callPortAudio([status] {
         // JACK's database has no message handler, and reports a server of the other architecture (32 or 64
-        // bits).
+        // bits). If the call never returns, the filters stay; they pass on the output of other threads.
         const SilencedStreams silenced;
         *status = Pa_Initialize();
         if (*status == paNoError && Pa_HostApiTypeIdToHostApiIndex(paJACK) >= 0) watchServer();

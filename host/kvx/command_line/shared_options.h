@@ -32,6 +32,11 @@ inline CLI::Validator inRange(double low, double high)
     return CLI::Validator(check, fmt::format("{} - {}", low, high));
 }
 
+inline void addQuietOption(CLI::App& command, bool& isQuiet)
+{
+    command.add_flag("--quiet", isQuiet, "Print errors only");
+}
+
 /// Add the options `--library` and `--host-version`.
 inline void addLibraryOptions(CLI::App& command, LibraryOptions& options)
 {

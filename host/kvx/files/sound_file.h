@@ -15,11 +15,10 @@ namespace kvx {
 
 /// The format and the length of a sound file.
 struct SoundFormat {
-    int sampleRate = 0;   ///< sample rate in Hz, within the platform's limits
-    int fileChannels = 0; ///< number of channels in the file
-    int channels = 0;     ///< number of channels that SoundFile reads: 1 or 2
-    std::int64_t frames =
-        0; ///< number of frames in the file, as far as the platform can tell before decoding
+    int sampleRate = 0;               ///< sample rate in Hz, within the platform's limits
+    int fileChannels = 0;             ///< number of channels in the file
+    int channels = 0;                 ///< number of channels that SoundFile reads: 1 or 2
+    std::int64_t frames = 0;          ///< number of frames, as far as the platform can tell before decoding
     bool isCutShort = false;          ///< whether the file ends before the length that its header states
     std::int64_t statedFrames = 0;    ///< number of frames in the header; 0: the header states no number
     std::uint32_t omittedStreams = 0; ///< number of chained Ogg streams that the platform does not decode

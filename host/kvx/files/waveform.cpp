@@ -48,21 +48,21 @@ int rowOf(float sample, int height)
 
 std::vector<Column> columnsOf(const std::string& path, std::size_t count)
 {
-    constexpr std::size_t chunkFrames = 16384;
+    constexpr std::size_t blockFrames = 16384;
     SoundFile file(path);
     const auto channels = static_cast<std::size_t>(file.format().channels);
-    std::vector<float> chunk(chunkFrames * channels);
+    std::vector<float> block(blockFrames * channels);
     std::vector<Column> columns(count);
     std::vector<bool> isSet(count);
     std::int64_t frame = 0;
-    for (std::size_t got = chunkFrames; got == chunkFrames;) {
-        got = file.read(chunk.data(), chunkFrames);
+    for (std::size_t got = blockFrames; got == blockFrames;) {
+        got = file.read(block.data(), blockFrames);
         for (std::size_t i = 0; i < got; ++i, ++frame) {
             const auto at = std::min(
                 static_cast<std::size_t>(frame * static_cast<std::int64_t>(count) / file.format().frames),
                 count - 1);
             for (std::size_t c = 0; c < channels; ++c) {
-                const float sample = chunk[i * channels + c];
+                const float sample = block[i * channels + c];
                 columns[at].low = isSet[at] ? std::min(columns[at].low, sample) : sample;
                 columns[at].high = isSet[at] ? std::max(columns[at].high, sample) : sample;
                 isSet[at] = true;

@@ -30,7 +30,7 @@ void playGroup(host::Host& host, const FormatGroup& group, float gain, Session& 
     };
     do {
         const PlaylistFile& audible = group.fileAt(static_cast<std::int64_t>(player.position()));
-        if (&audible != announced) announce(audible, 2, session.progress());
+        if (&audible != announced) announce(audible, audible.format.channels, session.progress());
         announced = &audible;
     } while (session.poll(transport) && player.advance());
     player.stop();

@@ -13,9 +13,8 @@ namespace kvx {
 
 /// Plays one format group of the playlist through the library's class CoreAudioPlayerKVX, and decodes the
 /// files ahead of the audible position. Call start(), then call advance() until it returns false.
-/// Shape   the player's queue holds several interleaved blocks of four seconds, at most 8 MiB each. The
-/// blocks
-///         are long, because the class loses one frame per block if it converts the sample rate.
+/// Shape   the queue holds several interleaved blocks of four seconds, at most 8 MiB each. Blocks are long,
+///         because the class loses one frame per block if it converts the sample rate.
 /// [main]
 class BufferedPlayer {
 public:

@@ -180,7 +180,7 @@ try {
         *output, labelling, static_cast<std::size_t>(form.rate * bufferSeconds),
         [&reader](std::int16_t* out, std::size_t frames) { return reader.read(out, frames); });
     buffers.feed();
-    announce(file, 2, session.progress());
+    announce(file, file.format.channels, session.progress());
     if (labelling != Labelling::bigAsLittle)
         session.progress().say("  Its buffers are labelled so that they play byte-swapped, as noise.");
     session.enableKeys("Keys: space pause, q quit");

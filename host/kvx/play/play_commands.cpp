@@ -67,8 +67,6 @@ CLI::Option* addGain(CLI::App& command, double& gainDb, const char* help)
     return command.add_option("--gain", gainDb, help)->type_name("DB")->check(inRange(-120.0, 40.0));
 }
 
-void addQuiet(CLI::App& command, bool& isQuiet) { command.add_flag("--quiet", isQuiet, "Print errors only"); }
-
 /// Set `action` if the user requests the list of equaliser curves; if not, check how the options combine.
 /// Returns  whether `action` was set.
 bool showsCurves(const PlayerOptions& options, Action& action)
@@ -160,7 +158,7 @@ void addPlayCommand(CLI::App& app, Action& action)
     for (CLI::Option* option : addPlayerOptions(command, line->player)) option->excludes(buffered);
     command.add_option("--otherwise", line->otherwise, "The file to play if no FILE is given")
         ->type_name("FILE");
-    addQuiet(command, line->isQuiet);
+    addQuietOption(command, line->isQuiet);
     addLibraryOptions(command, line->library);
     command.footer(fmt::format("{} (on a terminal, without --buffered and --fast).\n\n"
                                "A loop jumps back at the end of the device's slice that reaches OUT; `kvx "
@@ -192,7 +190,7 @@ void addRenderCommand(CLI::App& app, Action& action)
                     "Maximum length of the result; with --loop, the exact length")
         ->type_name("SECONDS")
         ->check(inRange(0.001, 1e6));
-    addQuiet(command, options->isQuiet);
+    addQuietOption(command, options->isQuiet);
     addPlayerOptions(command, options->player);
     addLibraryOptions(command, options->library);
     command.footer(
@@ -233,7 +231,7 @@ void addSoundStreamCommand(CLI::App& app, Action& action)
     command.add_flag("--development", line->library.isDevelopment,
                      "Report a debug run to the library, as the development environment does; the component "
                      "then cannot be opened");
-    addQuiet(command, line->isQuiet);
+    addQuietOption(command, line->isQuiet);
     addLibraryOptions(command, line->library);
     command.footer(fmt::format("Keys: space pause, q quit (on a terminal, without --fast).\n\n{}\n\n{}",
                                byteOrders, command.get_footer()));

@@ -229,7 +229,6 @@ std::string parseFloating(const std::string& text, const FindObject&)
     return bytesOrRefusal(readDecimal<T>(text), text, "a number such as 0.5");
 }
 
-std::string formatCodeItem(std::string_view item) { return formatCode(as<Code>(item)); }
 std::string parseCode(const std::string& text, const FindObject&)
 {
     return bytesOrRefusal(readCodeOrNumber(text), text, "four characters such as 'line', or a number");
@@ -244,7 +243,6 @@ std::string formatRange(const ValueRange& range)
 {
     return fmt::format("{}..{}", range.minimum, range.maximum);
 }
-std::string formatRangeItem(std::string_view item) { return formatRange(as<ValueRange>(item)); }
 std::string parseRange(const std::string& text, const FindObject&)
 {
     const std::size_t dots = text.find("..");
@@ -255,10 +253,6 @@ std::string parseRange(const std::string& text, const FindObject&)
     return bytesOf(ValueRange{*low, *high});
 }
 
-std::string formatStreamFormatItem(std::string_view item)
-{
-    return formatStreamFormat(as<StreamFormat>(item));
-}
 std::string parseFormat(const std::string& text, const FindObject&)
 {
     StreamFormat format = {};
@@ -273,26 +267,32 @@ std::string formatRangedFormat(std::string_view item)
     return formatStreamFormat(ranged.format) + ",rates=" + formatRange(ranged.rates);
 }
 
+template <auto format, class T>
+std::string formatItem(std::string_view item)
+{
+    return format(as<T>(item));
+}
+
 struct FormFact {
     Form form;
     std::size_t size; ///< size of an item in bytes
     std::string (*toText)(std::string_view item);
-    std::string (*parse)(const std::string& text,
-                         const FindObject& findObject); ///< null: the user must give such a value with --hex
+    /// Convert text to an item. If this pointer is null, the user must give the value with --hex.
+    std::string (*parse)(const std::string& text, const FindObject& findObject);
 };
 
 // clang-format off
 constexpr FormFact forms[] = {
-    {Form::flag,         4,                    formatFlag,              parseFlag},
-    {Form::number,       4,                    formatNumber<std::uint32_t>,   parseNumber},
-    {Form::integer,      4,                    formatNumber<std::int32_t>,    parseInteger},
-    {Form::code,         4,                    formatCodeItem,          parseCode},
-    {Form::object,       4,                    formatNumber<ObjectID>,        parseObject},
-    {Form::single,       4,                    formatNumber<float>,           parseFloating<float>},
-    {Form::real,         8,                    formatNumber<double>,          parseFloating<double>},
-    {Form::range,        sizeof(ValueRange),   formatRangeItem,         parseRange},
-    {Form::format,       sizeof(StreamFormat), formatStreamFormatItem,        parseFormat},
-    {Form::rangedFormat, sizeof(RangedFormat), formatRangedFormat,      nullptr},
+    {Form::flag,         4,                    formatFlag,                                   parseFlag},
+    {Form::number,       4,                    formatNumber<std::uint32_t>,                  parseNumber},
+    {Form::integer,      4,                    formatNumber<std::int32_t>,                   parseInteger},
+    {Form::code,         4,                    formatItem<formatCode, Code>,                 parseCode},
+    {Form::object,       4,                    formatNumber<ObjectID>,                       parseObject},
+    {Form::single,       4,                    formatNumber<float>,                          parseFloating<float>},
+    {Form::real,         8,                    formatNumber<double>,                         parseFloating<double>},
+    {Form::range,        sizeof(ValueRange),   formatItem<formatRange, ValueRange>,          parseRange},
+    {Form::format,       sizeof(StreamFormat), formatItem<formatStreamFormat, StreamFormat>, parseFormat},
+    {Form::rangedFormat, sizeof(RangedFormat), formatRangedFormat,                           nullptr},
 };
 // clang-format on
 

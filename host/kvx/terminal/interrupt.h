@@ -37,11 +37,12 @@ private:
     struct sigaction former_;
 };
 
-// All functions: [main].
-
-/// Set the handler of a signal.
+/// Set the handler of a signal. Signal handlers may call this function.
 /// Shape  `flags` are those of sigaction(); `former` receives the former handler, and may be null.
+/// [any]
 void setSignalHandler(int signal, void (*handler)(int), int flags = 0, struct sigaction* former = nullptr);
+
+// All functions below: [main].
 
 /// Whether a signal has arrived since the construction of the InterruptGuard.
 bool isInterrupted();

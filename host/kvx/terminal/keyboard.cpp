@@ -49,8 +49,8 @@ constexpr int input = STDIN_FILENO;
 
 // Signal handlers read and write the following variables.
 termios former; // mode of the terminal before enterRawMode()
-volatile std::sig_atomic_t isRaw =
-    0; // whether this program has set raw mode, in which the terminal delivers each key at once
+// Whether this program has set raw mode, in which the terminal delivers each key at once.
+volatile std::sig_atomic_t isRaw = 0;
 volatile std::sig_atomic_t isStopTyped = 0;
 struct sigaction formerStop, formerContinue, formerQuit, formerAbort;
 

@@ -17,8 +17,8 @@ std::string formatTime(double seconds);
 /// "[#########-----------]  -33.0 dB".
 std::string formatLevel(float peak, int places = 20);
 
-/// Format a live line with the position in a file and the peak of the output: "  0:01.0 / 0:06.5  [####---]
-/// …".
+/// Format a live line with the position in a file and the peak of the output:
+/// "  0:01.0 / 0:06.5  [####---] …".
 std::string formatPosition(double seconds, double totalSeconds, float peak);
 
 /// The state of a file player. All times are in seconds of the file.
@@ -83,8 +83,7 @@ private:
     Verbosity verbosity_;
     std::FILE* out_;
     bool hasWarned_ = false;
-    bool isShown_ =
-        false; // whether a live line is on the screen, with the cursor at the first column of the line
+    bool isShown_ = false; // whether a live line is on the screen, with the cursor at its first column
     std::chrono::steady_clock::time_point last_{}; // time of the last shown line
 };
 

@@ -30,9 +30,8 @@ std::size_t terminalWidth(int file);
 struct TableColumn {
     const char* title;
     enum Align { left, right } align;
-    std::size_t
-        minimumWidth; ///< narrowest width to which the cells of this column may be cut; 0: they are never cut
-    int moveOrder;    ///< rank for moving the column below its row, highest rank first; 0: never moved
+    std::size_t minimumWidth; ///< narrowest width to which cells may be cut; 0: cells are never cut
+    int moveOrder; ///< rank for moving the column below its row, highest rank first; 0: never moved
 };
 
 /// Lay out a table: a line of titles and a line per row. If `width` is too small, the widest cells are cut.

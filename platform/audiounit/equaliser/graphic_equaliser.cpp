@@ -160,10 +160,10 @@ OSStatus getTailTime(Unit& unit, ElementAddress, void* data, UInt32&)
 
 // clang-format off
 const Property equaliserProperties[] = {
-    // property                                scopes    element     bytes                  access             settable          get               set        size of
+    // property                                scopes    element     bytes                  access             settable          get                    set        size of
     {kAudioUnitProperty_SupportedNumChannels,  inGlobal, anyElement, sizeof(AUChannelInfo), Access::readOnly,  Settable::always, getEqualChannelCounts, nullptr,   nullptr},
-    {kAudioUnitProperty_TailTime,              inGlobal, anyElement, sizeof(Float64),       Access::readOnly,  Settable::always, getTailTime,      nullptr,   nullptr},
-    {kAudioUnitProperty_BypassEffect,          inGlobal, anyElement, sizeof(UInt32),        Access::readWrite, Settable::always, getBypass,        setBypass, nullptr},
+    {kAudioUnitProperty_TailTime,              inGlobal, anyElement, sizeof(Float64),       Access::readOnly,  Settable::always, getTailTime,           nullptr,   nullptr},
+    {kAudioUnitProperty_BypassEffect,          inGlobal, anyElement, sizeof(UInt32),        Access::readWrite, Settable::always, getBypass,             setBypass, nullptr},
 };
 
 const Parameter equaliserParameters[] = {

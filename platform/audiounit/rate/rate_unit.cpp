@@ -93,12 +93,12 @@ constexpr auto both = Access::readWrite;
 
 // clang-format off
 const Property rateProperties[] = {
-    // property                                scopes    element     bytes                  access settable get               set                     size of
-    {kAudioUnitProperty_Latency,               inGlobal, anyElement, sizeof(Float64),       read,  always,  getLatency,       nullptr,                nullptr},
+    // property                                scopes    element     bytes                  access settable get                    set                     size of
+    {kAudioUnitProperty_Latency,               inGlobal, anyElement, sizeof(Float64),       read,  always,  getLatency,            nullptr,                nullptr},
     {kAudioUnitProperty_SupportedNumChannels,  inGlobal, anyElement, sizeof(AUChannelInfo), read,  always,  getEqualChannelCounts, nullptr,                nullptr},
-    {kAudioUnitProperty_TailTime,              inGlobal, anyElement, sizeof(Float64),       read,  always,  getTail,          nullptr,                nullptr},
-    {kAudioUnitProperty_BypassEffect,          inGlobal, anyElement, sizeof(UInt32),        both,  always,  getBypass,        setBypassAndMakeEngine, nullptr},
-    {kAudioUnitProperty_RenderQuality,         inGlobal, anyElement, sizeof(UInt32),        both,  always,  getQuality,       setQuality,             nullptr},
+    {kAudioUnitProperty_TailTime,              inGlobal, anyElement, sizeof(Float64),       read,  always,  getTail,               nullptr,                nullptr},
+    {kAudioUnitProperty_BypassEffect,          inGlobal, anyElement, sizeof(UInt32),        both,  always,  getBypass,             setBypassAndMakeEngine, nullptr},
+    {kAudioUnitProperty_RenderQuality,         inGlobal, anyElement, sizeof(UInt32),        both,  always,  getQuality,            setQuality,             nullptr},
 };
 // clang-format on
 
