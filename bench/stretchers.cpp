@@ -4,7 +4,6 @@
 #include "bench/test_signal.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace bench {
 namespace {

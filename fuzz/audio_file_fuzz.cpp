@@ -7,7 +7,6 @@
 #include <Carbon/Carbon.h>
 #include <KVXPlatform/KVXPlatform.h>
 
-#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <string>
@@ -15,8 +14,8 @@
 
 namespace {
 
-constexpr SInt64 mostFrames =
-    1 << 16; // frames read per file at most, because a few bytes may describe hours of sound
+// Frames read per file at most, because a few bytes may describe hours of sound.
+constexpr SInt64 mostFrames = 1 << 16;
 constexpr UInt32 framesPerRead = 1000;
 
 /// What to do with the file, as selected by the last byte of the input.

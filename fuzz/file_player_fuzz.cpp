@@ -6,7 +6,6 @@
 
 #include <AudioToolbox/AudioToolbox.h>
 
-#include <algorithm>
 #include <cstdint>
 
 namespace {

@@ -5,8 +5,6 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include <algorithm>
-
 namespace {
 
 struct Range {

@@ -27,7 +27,7 @@ ordered_json propertyJson(const host::PropertyInfo& property)
 {
     ordered_json json = {{"name", property.name},
                          {"type", property.typeText},
-                         {"readOnly", property.isReadOnly},
+                         {"readOnly", property.isReadOnly()},
                          {"flags", property.flags},
                          {"access", property.getterAccess == host::Access::field ? "field" : "function"}};
     if (!property.group.empty()) json["group"] = property.group;
@@ -77,7 +77,7 @@ void printClass(const host::ClassInfo& info)
     const auto text = [](const auto& item) { return item.text; };
     const auto propertyText = [](const host::PropertyInfo& property) {
         return fmt::format("{} as {} ({})", property.name, property.typeText,
-                           property.isReadOnly ? "read" : "read, write");
+                           property.isReadOnly() ? "read" : "read, write");
     };
     fmt::print("{}\n", info.name);
     printSection("Properties", info.properties, propertyText);

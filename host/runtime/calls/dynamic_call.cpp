@@ -199,7 +199,7 @@ Value readProperty(REALobjectStruct* object, const PropertyInfo& property)
 void writeProperty(REALobjectStruct* object, const PropertyInfo& property, const Value& value)
 {
     const std::string name = nameOf(property);
-    if (property.isReadOnly) throw ProgramError(name + " is read-only");
+    if (property.isReadOnly()) throw ProgramError(name + " is read-only");
     if (property.setterAccess == Access::field) {
         void* const field = fieldOf(object, property);
         Converted converted = toNative(value, property.type, name);

@@ -3,7 +3,7 @@
 // Errors  Before the call, ProgramError for unsuitable arguments or an inaccessible property. After the call,
 //         the exception of an event handler, else the HostException that the plug-in raised, else
 //         ProgramError if the plug-in returned an address where no live value of the declared type is.
-// A property that is a field of the class data may be read and written on any thread.
+// A number or Boolean property that is a field of the class data may be read and written on any thread.
 // All other functions: [main].
 #pragma once
 

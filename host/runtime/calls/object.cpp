@@ -44,9 +44,8 @@ void callLifeFunction(AnyFunction function, REALobjectStruct* object)
     scope.throwRaised();
 }
 
-/// Run the method "Destructor" that one class of the object declares, then the destructor function of the
-/// class definition. An exception of a destructor is
-/// noted as a misuse, because no caller can receive the exception.
+/// Run the method "Destructor" that the class `info` declares, then the destructor function of the class
+/// definition. An exception is noted as a misuse, because no caller can receive the exception.
 void destruct(REALobjectStruct* object, const ClassInfo& info)
 {
     const auto run = [&](AnyFunction function) {

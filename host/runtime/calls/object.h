@@ -32,7 +32,7 @@ std::vector<Argument> argumentList(Arguments&&... arguments)
 ///
 /// Errors  ProgramError for a nil object, an unknown member, unsuitable arguments, and a write to a read-only
 ///         property. HostException if the plug-in raises an exception during the call; the result is dropped.
-/// A property that is a field of the class data may be read and written on any thread.
+/// A number or Boolean property that is a field of the class data may be read and written on any thread.
 /// [main]
 class Object : public Ref<REALobjectStruct> {
 public:

@@ -32,7 +32,9 @@ struct PropertyInfo {
     AnyFunction setter = nullptr;
     HostInteger parameter = 0;
     std::string editor;
-    bool isReadOnly = false; ///< whether the class definition has no setter
+
+    /// Whether the class definition has no setter.
+    bool isReadOnly() const { return !setter; }
 };
 
 struct MethodInfo {

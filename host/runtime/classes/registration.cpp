@@ -79,7 +79,6 @@ private:
             property.setter = row.setter;
             property.parameter = row.parameter;
             property.editor = textOrEmpty(row.editor);
-            property.isReadOnly = !row.setter;
             if (isSentinel(row.getter, REALstandardGetter)) property.getterAccess = Access::field;
             if (isSentinel(row.setter, REALstandardSetter)) property.setterAccess = Access::field;
             const std::string fault = faultOf(property, isShared);

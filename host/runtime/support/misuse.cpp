@@ -2,6 +2,8 @@
 
 #include "host/runtime/support/per_host.h"
 
+#include <utility>
+
 namespace host {
 
 void noteMisuse(std::string sentence)

@@ -33,8 +33,8 @@ Cost costOfString(const void*, const Type& type)
 constexpr KindRow stringRow = {Kind::string, destroyString, nullptr, printString, costOfString};
 
 constexpr std::size_t bytesBefore = 1;
-constexpr std::size_t zerosAfter =
-    1 + 4; ///< terminator, and the bytes that a four-byte read at the terminator touches
+// The terminator, and the bytes that a four-byte read at the terminator touches.
+constexpr std::size_t zerosAfter = 1 + 4;
 
 void setVisibleWords(StringRecord& string)
 {

@@ -20,10 +20,9 @@ bool isSigned(Base base)
 bool fitsBits(const Value& value, std::size_t bytes)
 {
     if (bytes == 8) return true;
-    const bool isHuge = std::holds_alternative<std::uint64_t>(value.held()) && value.integer() < 0;
     const std::int64_t low = -(std::int64_t{1} << (8 * bytes - 1)),
                        high = (std::int64_t{1} << (8 * bytes)) - 1;
-    return !isHuge && value.integer() >= low && value.integer() <= high;
+    return !isAboveInt64(value) && value.integer() >= low && value.integer() <= high;
 }
 
 int costOfNumber(const Value& value, const Type& type)

@@ -33,13 +33,12 @@ std::uint64_t truncatedToUInt64(double number)
         fmt::format("{} was expected, but the value is {}", withArticle(expected), value.describe()));
 }
 
-/// Whether a value is an integer above 2^63 - 1.
+} // namespace
+
 bool isAboveInt64(const Value& value)
 {
     return std::holds_alternative<std::uint64_t>(value.held()) && value.integer() < 0;
 }
-
-} // namespace
 
 std::int64_t truncatedToInt64(double number)
 {

@@ -108,6 +108,9 @@ Ref<REALobjectStruct> newVariant(const Value& value);
 /// [any]
 std::int64_t truncatedToInt64(double number);
 
+/// Whether a value is an integer above 2^63 - 1.
+bool isAboveInt64(const Value& value);
+
 /// A variable that a called method may change.
 struct ByRef {
     Value* variable;

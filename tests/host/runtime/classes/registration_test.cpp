@@ -77,11 +77,11 @@ TEST_P(Layouts, AreReadCompletely)
         EXPECT_EQ(first.typeText, "Integer");
         EXPECT_EQ(first.editor, "Editor");
         EXPECT_EQ(first.getterAccess, Access::function);
-        EXPECT_FALSE(first.isReadOnly);
+        EXPECT_FALSE(first.isReadOnly());
         const auto& only = *info.property("OnlyInteger");
         EXPECT_EQ(only.flags, 6u);
         EXPECT_EQ(only.getterAccess, Access::field);
-        EXPECT_TRUE(only.isReadOnly);
+        EXPECT_TRUE(only.isReadOnly());
         EXPECT_EQ(info.methodsNamed("EchoInteger")[0]->flags, 4u);
         EXPECT_NE(info.methodsNamed("Slot")[0]->setter, nullptr);
         EXPECT_EQ(info.sharedMethodsNamed("Add").size(), 1u);
