@@ -203,9 +203,9 @@ TEST(KvxProperties, PrintStatusesInWords)
             {{"get", "", "name"}, "no device is called"},
             {{"get", "Simulated", "name"}, "fits \"Simulated Device\", \"Simulated Input\"; give the number"},
             {{"set", "system", "dOut", "Missing"}, "no device is called"},
-            // ---- references ----
-            {{"get", "system", "duid", "x"}, "a reference"},
-            {{"get", "0", "suse"}, "a reference"},
+            // ---- CoreFoundation objects ----
+            {{"get", "system", "duid", "x"}, "'duid' takes or returns a CoreFoundation object"},
+            {{"get", "0", "suse"}, "'suse' takes or returns a CoreFoundation object"},
             {{"set", "0", "lnam", "x"}, "cannot create; choose another property"},
         },
         1);
