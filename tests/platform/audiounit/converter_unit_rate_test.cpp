@@ -195,10 +195,10 @@ TEST(ConverterUnitRate, RingingFilterIsNotFlaggedSilent)
     ASSERT_EQ(AudioUnitInitialize(converter.unit), noErr);
     converter.next(300);
     ASSERT_EQ(converter.unit.setCallback(silent, nullptr), noErr);
-    const std::vector<float> after = converter.next(300);
+    const std::vector<float> after = converter.next(1156);
     EXPECT_FALSE(converter.flags & kAudioUnitRenderAction_OutputIsSilence);
-    EXPECT_NE(after[10], 0);
-    EXPECT_EQ(after[250], 0);
+    EXPECT_GT(std::abs(after[10]), 0.1) << "input pulled ahead";
+    EXPECT_NEAR(after[1000], 0, 1e-6);
 }
 
 TEST(ConverterUnitRate, RefusesRatesTooFarApart)
