@@ -1,6 +1,7 @@
 // The exported AudioConverter functions.
 #include "platform/audioconverter/converter.h"
 #include "platform/support/border.h"
+#include "platform/support/render_scope.h"
 
 #include <Carbon/Carbon.h>
 
@@ -71,7 +72,8 @@ OSStatus AudioConverterDispose(AudioConverterRef converter) { return dispose(con
 
 OSStatus AudioConverterReset(AudioConverterRef converter)
 {
-    return withExclusive(converter, [](Converter& c) {
+    return withExclusive(converter, [](Converter& c) -> OSStatus {
+        if (!kvxplatform::RenderScope::isInsideAny()) return renew(c);
         reset(c);
         return noErr;
     });

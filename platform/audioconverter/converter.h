@@ -32,7 +32,9 @@ struct Converter {
 
     Settings settings;
     std::unique_ptr<pcm::Conversion> conversion;
-    pcm::PulledInput input; ///< input frames, in memory that the input procedure owns
+    UInt32 lead = 0;            ///< input frames that the conversion reads ahead
+    pcm::ListStorage inputList; ///< buffer list that the input procedure fills in
+    pcm::PulledInput input;     ///< input frames, in memory that the input procedure owns
 };
 
 using Converters = HandleTable<Converter, 2>;
@@ -58,8 +60,11 @@ bool dispose(AudioConverterRef handle);
 /// Errors  those of AudioConverterNew.
 OSStatus prepare(Converter& converter);
 
-/// Discard unread input and filter history.
+/// Discard unread input and filter history. Neither allocates nor locks.
 void reset(Converter& converter);
+
+/// Reset the converter to the state after prepare(). Throws std::bad_alloc, and then nothing has changed.
+OSStatus renew(Converter& converter);
 
 /// Fill the caller's buffers, as AudioConverterFillComplexBuffer does. Neither allocates nor locks.
 /// [audio]

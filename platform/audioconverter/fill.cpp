@@ -21,7 +21,7 @@ OSStatus fill(Converter& converter, AudioConverterComplexInputDataProc procedure
     if (frames && !*capacity) return kAudioConverterErr_InvalidOutputSize;
 
     const auto pull = [&](UInt32 missing) -> OSStatus {
-        AudioBufferList& list = converter.input.storage.list();
+        AudioBufferList& list = converter.inputList.list();
         list.mNumberBuffers = pcm::buffersOf(converter.source);
         for (UInt32 i = 0; i < list.mNumberBuffers; ++i)
             list.mBuffers[i] = {pcm::channelsPerBuffer(converter.source), 0, nullptr};

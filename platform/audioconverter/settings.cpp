@@ -14,14 +14,8 @@ namespace {
 
 using pcm::ChannelMap;
 using pcm::Conversion;
-using pcm::RateConverter;
 
 bool isRate(Float64 rate) { return std::isfinite(rate) && rate > 0; }
-
-bool convertsRate(const Converter& converter)
-{
-    return converter.source.mSampleRate != converter.destination.mSampleRate;
-}
 
 ChannelMap channelMapOf(const Converter& converter, const Settings& settings)
 {
@@ -47,6 +41,7 @@ OSStatus apply(Converter& converter, Settings settings)
     std::unique_ptr<Conversion> made = make(converter, settings);
     if (!made) return kAudioConverterErr_UnspecifiedError; // unexpected: prepare() has accepted these formats
     converter.conversion = std::move(made);
+    converter.lead = converter.conversion->lead();
     converter.settings = std::move(settings);
     reset(converter);
     return noErr;
@@ -101,11 +96,7 @@ OSStatus setPrimeMethod(Converter&, const void* data)
 
 void getPrimeInfo(const Converter& converter, void* data)
 {
-    UInt32 frames = 0;
-    if (convertsRate(converter))
-        frames = RateConverter::lookAhead(converter.source.mSampleRate, converter.destination.mSampleRate,
-                                          converter.settings.quality.filter());
-    store(data, AudioConverterPrimeInfo{frames, frames});
+    store(data, AudioConverterPrimeInfo{converter.lead, converter.lead});
 }
 
 void getChannelMap(const Converter& converter, void* data)
@@ -174,12 +165,21 @@ OSStatus prepare(Converter& converter)
     if (!isRate(from.mSampleRate)) return kAudioConverterErr_InputSampleRateOutOfRange;
     if (!isRate(to.mSampleRate)) return kAudioConverterErr_OutputSampleRateOutOfRange;
     if (!pcm::isLinearPCM(from) || !pcm::isLinearPCM(to)) return kAudioConverterErr_FormatNotSupported;
-    if (!RateConverter::takes(from.mSampleRate, to.mSampleRate))
+    if (!pcm::FixedRateConverter::accepts(from.mSampleRate, to.mSampleRate))
         return kAudioConverterErr_OutputSampleRateOutOfRange;
     converter.conversion = make(converter, converter.settings);
     // Too many channels for a rate conversion.
     if (!converter.conversion) return kAudioConverterErr_FormatNotSupported;
-    converter.input.storage.prepare(pcm::buffersOf(from));
+    converter.lead = converter.conversion->lead();
+    converter.inputList.prepare(pcm::buffersOf(from));
+    converter.input.list = &converter.inputList.list();
+    return noErr;
+}
+
+OSStatus renew(Converter& converter)
+{
+    if (converter.conversion->convertsRate()) return apply(converter, converter.settings);
+    reset(converter);
     return noErr;
 }
 

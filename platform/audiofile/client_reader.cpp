@@ -41,10 +41,9 @@ bool ClientReader::prepare()
     const UInt32 channels = file_.facts().format.mChannelsPerFrame;
     blockFrames_ = std::clamp<UInt32>(blockSamples / channels, 1, mostBlockFrames);
     block_.resize(std::size_t{blockFrames_} * channels);
-    input_.storage.prepare(1);
     return conversion_.prepare(pcm::interleavedFormat(file_.facts().format.mSampleRate, channels), client_,
                                pcm::foldedChannelMap(channels, client_.mChannelsPerFrame),
-                               pcm::Conversion::Quality::best);
+                               pcm::Conversion::Quality::veryHigh);
 }
 
 SInt64 ClientReader::read(UInt32 frames, AudioBufferList& list)
@@ -80,8 +79,8 @@ OSStatus ClientReader::pull(UInt32 frames)
     input_.count = static_cast<UInt32>(got);
     input_.hasEnded = got == 0;
     const UInt32 channels = file_.facts().format.mChannelsPerFrame;
-    input_.storage.list() = {
-        1, {{channels, static_cast<UInt32>(block_.size() * sizeof(Float32)), block_.data()}}};
+    blockList_ = {1, {{channels, static_cast<UInt32>(block_.size() * sizeof(Float32)), block_.data()}}};
+    input_.list = &blockList_;
     return noErr;
 }
 

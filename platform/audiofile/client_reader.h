@@ -55,9 +55,10 @@ private:
     Path path_ = Path::conversion;
 
     // The fields below are used by Path::conversion only.
-    std::vector<Float32> block_; // decoded frames, interleaved
-    UInt32 blockFrames_ = 0;     // capacity of block_, in frames
-    pcm::PulledInput input_;     // decoded frames in block_ that are not converted yet
+    std::vector<Float32> block_;  // decoded frames, interleaved
+    UInt32 blockFrames_ = 0;      // capacity of block_, in frames
+    AudioBufferList blockList_{}; // the frames of block_
+    pcm::PulledInput input_;      // decoded frames in block_ that are not converted yet
     pcm::Conversion conversion_;
     SInt64 start_ = 0; // file frame at client frame 0; file frames lost to damage are added
     SInt64 made_ = 0;  // number of client frames read since start_

@@ -112,8 +112,13 @@ OSStatus reset(Unit& unit, AudioUnitScope scope, AudioUnitElement element)
 {
     if (scope >= scopeCount) return kAudioUnitErr_InvalidScope;
     if (!hasElement(unit, scope, element)) return kAudioUnitErr_InvalidElement;
-    unit.isResetPending = true;
-    return noErr;
+    OSStatus status = noErr;
+    if (unit.kind.renew && !RenderScope::isInsideAny()) {
+        const std::lock_guard<std::mutex> guard(unit.settings);
+        if (unit.isInitialized) status = unit.kind.renew(unit);
+    }
+    if (!status) unit.isResetPending = true;
+    return status;
 }
 
 OSStatus start(Unit& unit)

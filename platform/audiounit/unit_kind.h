@@ -96,6 +96,10 @@ using Initialize = Function<class InitializeName, OSStatus(Unit&)>;
 /// [any]
 using Uninitialize = Function<class UninitializeName, void(Unit&)>;
 
+/// Replace what a reset discards, so that `reset` need not allocate. The caller holds the `settings` lock,
+/// and the unit is initialised. May throw. Not called for a reset inside a render call. [any]
+using Renew = Function<class RenewName, OSStatus(Unit&)>;
+
 /// Clear filters and delay lines.
 /// [audio & rendering]
 using Reset = Function<class ResetName, void(Unit&)>;
@@ -131,6 +135,7 @@ struct UnitKind {
     column::Destroy destroy;
     column::Initialize initialize;
     column::Uninitialize uninitialize;
+    column::Renew renew;
     column::Reset reset;
     column::Render render;
     column::RenderInside renderInside;

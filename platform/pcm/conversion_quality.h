@@ -3,7 +3,7 @@
 // All functions: [any].
 #pragma once
 
-#include "platform/pcm/rate_converter.h"
+#include "platform/pcm/fixed_rate_converter.h"
 
 #include <AudioUnit/AudioUnit.h>
 
@@ -22,15 +22,15 @@ struct ConversionQuality {
                value == kAudioUnitSampleRateConverterComplexity_Mastering;
     }
 
-    /// Returns  the filter. Complexity 'line' selects the fastest filter and 'bats' the best; with 'norm' the
-    ///          quality number selects the filter.
-    RateConverter::Quality filter() const
+    /// Returns  the filter: the best one for complexity 'bats', or for 'norm' with the highest quality
+    /// number;
+    ///          otherwise the default. A lower quality would save no time.
+    FixedRateConverter::Quality filter() const
     {
-        using Quality = RateConverter::Quality;
-        if (complexity == kAudioUnitSampleRateConverterComplexity_Linear) return Quality::fast;
-        if (complexity == kAudioUnitSampleRateConverterComplexity_Mastering) return Quality::best;
-        if (quality < kRenderQuality_Medium) return Quality::fast;
-        return quality < kRenderQuality_Max ? Quality::normal : Quality::best;
+        const bool isNormal = complexity == kAudioUnitSampleRateConverterComplexity_Normal;
+        const bool isBest =
+            complexity == kAudioUnitSampleRateConverterComplexity_Mastering || (isNormal && quality == most);
+        return isBest ? FixedRateConverter::Quality::veryHigh : FixedRateConverter::Quality::high;
     }
 };
 

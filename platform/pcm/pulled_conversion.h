@@ -12,10 +12,9 @@ namespace kvxplatform::pcm {
 
 /// The input of the last pull.
 struct PulledInput {
-    /// The buffer list of the input. It points at memory of the source, valid until the next pull.
-    ListStorage storage;
-    UInt32 first = 0, count = 0; ///< range of the unconverted input frames
-    bool hasEnded = false;       ///< whether the source has no further input
+    AudioBufferList* list = nullptr; ///< frames of the source, valid until the next pull
+    UInt32 first = 0, count = 0;     ///< range of the unconverted input frames
+    bool hasEnded = false;           ///< whether the source has no further input
 
     /// Discard the unconverted input and expect further input.
     void reset()
@@ -25,7 +24,8 @@ struct PulledInput {
     }
 };
 
-/// Convert until `out` holds `frames` frames, the input has ended, or `pull` fails.
+/// Convert until `out` holds `frames` frames and the conversion has its lead, the input has ended, or `pull`
+/// fails.
 ///
 /// Shape    `pull(count)` replaces `input` by about `count` frames or sets hasEnded, and returns a status.
 ///          Output begins at frame `made` of `out`; the function advances `made`.
@@ -36,22 +36,25 @@ template <class Pull>
 OSStatus convertPulled(Conversion& conversion, PulledInput& input, AudioBufferList& out, UInt32 frames,
                        UInt32& made, Pull pull)
 {
-    OSStatus status = noErr;
-    while (made < frames && !status) {
-        if (input.count) {
-            const auto [used, converted] =
-                conversion.convert(input.storage.list(), input.first, input.count, out, made, frames - made);
-            input.first += used;
-            input.count -= used;
-            made += converted;
-        } else if (input.hasEnded) {
+    if (frames == made) return noErr;
+    while (made < frames || (!input.hasEnded && input.count == 0 && conversion.framesFor(0) > 0)) {
+        if (input.count == 0 && !input.hasEnded) {
+            // Input is pulled before the reserve is used, so that every call pulls its share.
+            const UInt32 missing = conversion.framesFor(frames - made);
+            const OSStatus status = missing ? pull(missing) : OSStatus{noErr};
+            if (status) return status;
+        }
+        if (input.count == 0 && input.hasEnded) {
             made += conversion.drain(out, made, frames - made);
             break;
-        } else {
-            status = pull(conversion.framesFor(frames - made));
         }
+        const Progress progress =
+            conversion.convert(*input.list, input.first, input.count, out, made, frames - made);
+        input.first += progress.used;
+        input.count -= progress.used;
+        made += progress.made;
     }
-    return status;
+    return noErr;
 }
 
 /// Returns  the number of frames that every buffer of `list` can hold. No value if the buffer or channel

@@ -9,8 +9,6 @@
 namespace kvxplatform::soundmanager {
 namespace {
 
-constexpr auto quality = pcm::RateConverter::Quality::best;
-
 Float32 gain(UInt32 volume) { return static_cast<Float32>(volume & 0xFFFF) / kFullVolume; }
 
 /// Whether counter `a` is before counter `b`. Counters wrap, so their distance must be less than 2^31.
@@ -60,7 +58,9 @@ Source::Conversion* Source::conversionFor(Float64 rate)
     if (rate == format_.sampleRate) return nullptr;
     if (conversions_.empty() || conversions_.back()->rate != rate) {
         auto next = std::make_unique<Conversion>();
-        if (!next->converter.prepare(rate, format_.sampleRate, format_.channels, quality)) return nullptr;
+        if (!next->converter.prepare(rate, format_.sampleRate, format_.channels,
+                                     pcm::FixedRateConverter::Quality::high))
+            return nullptr;
         next->rate = rate;
         next->ratio = format_.sampleRate / rate;
         conversions_.push_back(std::move(next));
@@ -146,34 +146,42 @@ UInt32 Source::decode(const Entry& entry, UInt32 frames, Float32* out)
     return count;
 }
 
+/// Decode frames for the converter, or read its output once it has enough input.
+/// Returns  the number of frames read.
 UInt32 Source::convert(const Entry& entry, Conversion& conversion, Float32* out, UInt32 frames)
 {
-    const UInt32 count = decode(entry, spanFrames, span_.data());
-    const auto done = conversion.converter.process(span_.data(), count, out, frames);
-    framesPlayed_ += done.used;
+    const pcm::FixedRateConverter::Span free = conversion.converter.freeInput();
+    const UInt32 missing = std::min(conversion.converter.framesFor(frames), free.frames);
+    if (!missing) return read(conversion, out, frames);
+    const UInt32 count = decode(entry, missing, free.samples);
+    conversion.converter.addInput(count);
+    framesPlayed_ += count;
     conversion.hasInput = true;
-    conversion.due += done.used * conversion.ratio - done.made;
-    return done.made;
+    conversion.due += count * conversion.ratio;
+    return 0;
+}
+
+/// Read output of a converter, at most the frames that are due.
+UInt32 Source::read(Conversion& conversion, Float32* out, UInt32 frames)
+{
+    const pcm::FixedRateConverter::Span ready = conversion.converter.output();
+    const auto due = static_cast<UInt32>(std::lround(std::max(conversion.due, 0.0)));
+    const UInt32 count = std::min({frames, ready.frames, due});
+    std::copy_n(ready.samples, std::size_t{count} * format_.channels, out);
+    conversion.converter.removeOutput(count);
+    conversion.due -= count;
+    return count;
 }
 
 /// Render the tail of a conversion, then reset the conversion. Silence is appended to the input as late as
 /// possible, because until then a buffer of the same rate can continue the sound without a seam.
 UInt32 Source::drain(Conversion& conversion, Float32* out, UInt32 frames)
 {
-    UInt32 made = 0;
-    if (!conversion.isDraining) {
-        made = conversion.converter.process(nullptr, 0, out, frames).made;
-        conversion.due -= made;
-        if (made == frames) return made;
-    }
-    conversion.isDraining = true;
-    span_.fill(0);
+    UInt32 made = read(conversion, out, frames);
     while (made < frames && conversion.due >= 0.5) {
-        const UInt32 count = std::min(frames - made, static_cast<UInt32>(std::lround(conversion.due)));
-        const auto done = conversion.converter.process(span_.data(), spanFrames,
-                                                       out + std::size_t{made} * format_.channels, count);
-        made += done.made;
-        conversion.due -= done.made;
+        conversion.isDraining = true;
+        conversion.converter.addSilence();
+        made += read(conversion, out + std::size_t{made} * format_.channels, frames - made);
     }
     if (conversion.due < 0.5) {
         conversion.converter.reset();

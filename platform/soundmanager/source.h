@@ -4,7 +4,7 @@
 // Both sides share two counters, which wrap. The waiting entries are those from `played_` to `queued_` - 1.
 #pragma once
 
-#include "platform/pcm/rate_converter.h"
+#include "platform/pcm/fixed_rate_converter.h"
 
 #include <Carbon/Carbon.h>
 #include <CoreAudio/CoreAudio.h>
@@ -63,7 +63,7 @@ public:
 private:
     /// A rate conversion, shared by successive buffers of one sample rate.
     struct Conversion {
-        pcm::RateConverter converter;
+        pcm::FixedRateConverter converter;
         Float64 rate = 0;        ///< sample rate of the input, in Hz
         Float64 ratio = 1;       ///< number of output frames for each input frame
         UInt32 lastEntry = 0;    ///< value of `queued_` for the last entry that uses the conversion [client]
@@ -86,6 +86,7 @@ private:
     void finish(Entry& entry);
     UInt32 decode(const Entry& entry, UInt32 frames, Float32* out);
     UInt32 convert(const Entry& entry, Conversion& conversion, Float32* out, UInt32 frames);
+    UInt32 read(Conversion& conversion, Float32* out, UInt32 frames);
     UInt32 drain(Conversion& conversion, Float32* out, UInt32 frames);
 
     static constexpr UInt32 spanFrames = 256; ///< maximum number of frames decoded at a time
@@ -95,9 +96,9 @@ private:
     std::atomic<UInt32> queued_{0}, played_{0};
     std::atomic<bool> hasEnded_{false};
     std::vector<std::unique_ptr<Conversion>> conversions_; ///< rate conversions, newest last [client]
-    std::atomic<Conversion*> active_{nullptr};           ///< last rendered entry's conversion; set by [audio]
-    UInt32 framesPlayed_ = 0;                            ///< frame position in the front entry [audio]
-    std::array<Float32, spanFrames * 2> decoded_, span_; ///< scratch memory of the render functions [audio]
+    std::atomic<Conversion*> active_{nullptr};    ///< last rendered entry's conversion; set by [audio]
+    UInt32 framesPlayed_ = 0;                     ///< frame position in the front entry [audio]
+    std::array<Float32, spanFrames * 2> decoded_; ///< scratch memory of decode() [audio]
 };
 
 } // namespace kvxplatform::soundmanager

@@ -51,9 +51,11 @@ bool convertsRate(Unit& unit)
 OSStatus getTail(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     const Float64 from = unit.input(0).format.mSampleRate, to = unit.output(0).format.mSampleRate;
-    const auto filter = stateOf<Converter>(unit).quality.filter();
-    return give(data,
-                convertsRate(unit) ? pcm::RateConverter::lookAhead(from, to, filter) / from : Float64{0});
+    const Converter& state = stateOf<Converter>(unit);
+    if (unit.isInitialized || !convertsRate(unit)) return give(data, state.conversion.lead() / from);
+    pcm::FixedRateConverter example;
+    example.prepare(from, to, 1, state.quality.filter());
+    return give(data, example.lead() / from);
 }
 
 template <UInt32 pcm::ConversionQuality::*field>
@@ -132,6 +134,12 @@ OSStatus initializeConverter(Unit& unit)
 }
 
 void uninitializeConverter(Unit& unit) { stateOf<Converter>(unit).conversion.release(unit); }
+
+OSStatus renewConverter(Unit& unit)
+{
+    const auto& state = stateOf<Converter>(unit);
+    return convertsRate(unit) ? change(unit, state.quality, state.map) : OSStatus{noErr};
+}
 
 void resetConverter(Unit& unit) { stateOf<Converter>(unit).conversion.reset(); }
 

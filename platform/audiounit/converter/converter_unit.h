@@ -12,6 +12,7 @@ OSStatus openConverter(Unit& unit);
 void destroyConverter(void* state);
 OSStatus initializeConverter(Unit& unit);
 void uninitializeConverter(Unit& unit);
+OSStatus renewConverter(Unit& unit);
 void resetConverter(Unit& unit);
 OSStatus renderConverter(Unit& unit, Slice& slice);
 

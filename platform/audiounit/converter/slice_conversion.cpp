@@ -20,7 +20,7 @@ OSStatus SliceConversion::prepare(Unit& unit, const pcm::ChannelMap& map, Qualit
     inputLimit_ = static_cast<UInt32>(limit);
     input.buffers.prepare(input.format, inputLimit_);
     sampleTime_ = 0;
-    unread_ = 0;
+    input_ = {};
     return noErr;
 }
 
@@ -38,7 +38,7 @@ void SliceConversion::release(Unit& unit) { conversion_.publish(nullptr, unit.sc
 void SliceConversion::reset()
 {
     conversion_.get()->reset();
-    unread_ = 0;
+    input_.reset();
 }
 
 OSStatus SliceConversion::render(Unit& unit, Slice& slice)
@@ -61,32 +61,21 @@ OSStatus SliceConversion::renderAtSameRate(Unit& unit, Slice& slice, pcm::Conver
 OSStatus SliceConversion::renderAtOtherRate(Unit& unit, Slice& slice, pcm::Conversion& conversion)
 {
     AudioUnitRenderActionFlags flags = slice.flags;
-    for (UInt32 made = 0; made < slice.frames;) {
-        const UInt32 missing = slice.frames - made;
-        if (!unread_)
-            if (const OSStatus status = pullMore(unit, slice, made, conversion.framesFor(missing), flags))
-                return status;
-        const pcm::Progress progress =
-            conversion.convert(*pulled_, unreadFrom_, unread_, slice.out, made, missing);
-        unreadFrom_ += progress.used;
-        unread_ -= progress.used;
-        made += progress.made;
-    }
+    UInt32 made = 0;
+    const auto pullMore = [&](UInt32 missing) {
+        const UInt32 frames = std::min(missing, inputLimit_);
+        AudioTimeStamp time =
+            later(slice.time, made, unit.output(0).format.mSampleRate, unit.hostTicksPerSecond);
+        time.mSampleTime = sampleTime_;
+        sampleTime_ += frames;
+        const OSStatus status = pull(unit, 0, flags, time, frames, inputLimit_, input_.list);
+        input_.first = 0;
+        input_.count = status ? 0 : frames;
+        return status;
+    };
+    const OSStatus status = pcm::convertPulled(conversion, input_, slice.out, slice.frames, made, pullMore);
     // The output does not become silent together with the source, because the filter still rings.
-    slice.flags |= flags & ~static_cast<UInt32>(kAudioUnitRenderAction_OutputIsSilence);
-    return noErr;
-}
-
-OSStatus SliceConversion::pullMore(Unit& unit, const Slice& slice, UInt32 made, UInt32 frames,
-                                   AudioUnitRenderActionFlags& flags)
-{
-    frames = std::min(frames, inputLimit_);
-    AudioTimeStamp time = later(slice.time, made, unit.output(0).format.mSampleRate, unit.hostTicksPerSecond);
-    time.mSampleTime = sampleTime_;
-    sampleTime_ += frames;
-    const OSStatus status = pull(unit, 0, flags, time, frames, inputLimit_, pulled_);
-    unreadFrom_ = 0;
-    unread_ = status ? 0 : frames;
+    if (!status) slice.flags |= flags & ~static_cast<UInt32>(kAudioUnitRenderAction_OutputIsSilence);
     return status;
 }
 

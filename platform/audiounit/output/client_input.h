@@ -3,10 +3,7 @@
 #pragma once
 
 #include "platform/audiounit/unit.h"
-#include "platform/pcm/format_converter.h"
-#include "platform/pcm/rate_converter.h"
-
-#include <optional>
+#include "platform/pcm/pulled_conversion.h"
 
 namespace kvxplatform::audiounit {
 
@@ -18,14 +15,23 @@ public:
     /// [main], [worker]
     OSStatus prepare(Unit& unit, Float64 deviceRate);
 
-    /// Clear the filter and the unread input.
+    /// Replace the conversion, so that reset() need not clear it. The caller holds the `settings` lock.
+    /// Throws std::bad_alloc. [any]
+    OSStatus renew(Unit& unit);
+
+    /// Discard the input that was pulled ahead.
     /// [audio & rendering]
     void reset();
 
     /// Set the sample time that the client receives with the next pull. No slice is being rendered.
     /// [main]
     void setSampleTime(Float64 frames) { sampleTime_ = frames; }
-    UInt32 channels() const { return format_.mChannelsPerFrame; }
+    UInt32 channels() const { return to_.mChannelsPerFrame; }
+
+    /// Returns  the time in seconds by which input is pulled ahead; 0 at the device's rate. The caller holds
+    ///          the `settings` lock.
+    /// [any]
+    Float64 lead() const;
 
     struct Request {
         Unit& unit;
@@ -43,16 +49,15 @@ public:
     const Float32* next(const Request& request, UInt32& frames);
 
 private:
-    struct Pulling;
-    const Float32* pullFrames(const Request& request, const AudioTimeStamp& time, UInt32 frames);
+    OSStatus replace(Unit& unit);
+    void pullMore(const Request& request, UInt32 made, UInt32 frames);
 
-    AudioStreamBasicDescription format_{};
-    UInt32 limit_ = 0;
-    pcm::FormatConverter toFloats_;
-    std::optional<pcm::RateConverter> rateConverter_;
-    std::vector<Float32> pulled_;    ///< pulled samples at the client's rate
-    std::vector<Float32> converted_; ///< converted samples at the device's rate
-    Float64 sampleTime_ = 0;
+    AudioStreamBasicDescription from_{}, to_{}; ///< formats of the input and of the frames returned
+    UInt32 mostPulled_ = 0, mostReturned_ = 0;  ///< largest numbers of frames
+    Published<pcm::Conversion> conversion_;
+    pcm::PulledInput input_; ///< the last pull, in the input's memory
+    pcm::Buffers converted_; ///< the frames returned
+    Float64 sampleTime_ = 0; ///< sample time of the next pull
 };
 
 } // namespace kvxplatform::audiounit

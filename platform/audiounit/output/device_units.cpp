@@ -50,6 +50,12 @@ OSStatus getLatency(Unit& unit, ElementAddress, void* data, UInt32&)
     return give(data, latencyOf(currentDevice(unit)));
 }
 
+/// Get the time by which the unit pulls its input ahead of the device; 0 before the first start.
+OSStatus getTail(Unit& unit, ElementAddress, void* data, UInt32&)
+{
+    return give(data, outputOf(unit).client.lead());
+}
+
 OSStatus getDevice(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     return give(data, currentDevice(unit));
@@ -163,6 +169,7 @@ template <bool isHAL> const Property DeviceProperties<isHAL>::rows[] = {
     {kAudioUnitProperty_StreamFormat,                inOutput, 1,          formatSize,                  both,                 before,   getStreamFormat,                    setStreamFormat,                    nullptr},
     {kAudioUnitProperty_Latency,                     inGlobal, anyElement, sizeof(Float64),             read,                 always,   getLatency,                         nullptr,                            nullptr},
     {kAudioUnitProperty_SupportedNumChannels,        inGlobal, anyElement, sizeof(AUChannelInfo),       read,                 always,   getAnyChannelCounts,                nullptr,                            nullptr},
+    {kAudioUnitProperty_TailTime,                    inGlobal, anyElement, sizeof(Float64),             read,                 always,   getTail,                            nullptr,                            nullptr},
     {kAudioUnitProperty_SetRenderCallback,           inInput,  0,          callbackSize,                write,                always,   nullptr,                            setRenderCallback,                  nullptr,        true},
     {kAudioOutputUnitProperty_CurrentDevice,         inGlobal, anyElement, sizeof(AudioDeviceID),       isHAL ? both : read,  unlocked, getDevice,                          setDevice,                          nullptr},
     {kAudioOutputUnitProperty_IsRunning,             inGlobal, anyElement, sizeof(UInt32),              read,                 always,   getIsRunning,                       nullptr,                            nullptr},
@@ -196,6 +203,8 @@ OSStatus openSystemOutput(Unit& unit)
 {
     return openDevice(unit, kAudioHardwarePropertyDefaultSystemOutputDevice, true);
 }
+
+OSStatus renewDeviceOutput(Unit& unit) { return outputOf(unit).client.renew(unit); }
 
 void closeDeviceOutput(Unit& unit)
 {

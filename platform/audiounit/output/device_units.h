@@ -14,7 +14,7 @@ namespace kvxplatform::audiounit {
 /// callback.
 template <bool isHAL>
 struct DeviceProperties {
-    static const Property rows[21];
+    static const Property rows[22];
 };
 extern template struct DeviceProperties<true>;
 extern template struct DeviceProperties<false>;
@@ -27,6 +27,7 @@ OSStatus openHALOutput(Unit& unit);
 OSStatus openDefaultOutput(Unit& unit);
 // Open a unit that follows the device of system sounds.
 OSStatus openSystemOutput(Unit& unit);
+OSStatus renewDeviceOutput(Unit& unit);
 void closeDeviceOutput(Unit& unit);
 void destroyDeviceOutput(void* state);
 

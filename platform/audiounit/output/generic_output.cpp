@@ -12,6 +12,11 @@ struct GenericOutput {
     SliceConversion conversion;
 };
 
+pcm::ChannelMap channelMapOf(Unit& unit)
+{
+    return pcm::identityChannelMap(unit.output(0).format.mChannelsPerFrame);
+}
+
 OSStatus setRunning(Unit& unit, bool isRunning)
 {
     stateOf<GenericOutput>(unit).isRunning = isRunning;
@@ -43,12 +48,18 @@ void destroyGenericOutput(void* state) { delete static_cast<GenericOutput*>(stat
 
 OSStatus initializeGenericOutput(Unit& unit)
 {
-    return stateOf<GenericOutput>(unit).conversion.prepare(
-        unit, pcm::identityChannelMap(unit.output(0).format.mChannelsPerFrame),
-        SliceConversion::Quality::normal);
+    return stateOf<GenericOutput>(unit).conversion.prepare(unit, channelMapOf(unit),
+                                                           SliceConversion::Quality::high);
 }
 
 void uninitializeGenericOutput(Unit& unit) { stateOf<GenericOutput>(unit).conversion.release(unit); }
+
+OSStatus renewGenericOutput(Unit& unit)
+{
+    if (unit.input(0).format.mSampleRate == unit.output(0).format.mSampleRate) return noErr;
+    return stateOf<GenericOutput>(unit).conversion.replace(unit, channelMapOf(unit),
+                                                           SliceConversion::Quality::high);
+}
 
 void resetGenericOutput(Unit& unit) { stateOf<GenericOutput>(unit).conversion.reset(); }
 

@@ -13,6 +13,7 @@ OSStatus openGenericOutput(Unit& unit);
 void destroyGenericOutput(void* state);
 OSStatus initializeGenericOutput(Unit& unit);
 void uninitializeGenericOutput(Unit& unit);
+OSStatus renewGenericOutput(Unit& unit);
 void resetGenericOutput(Unit& unit);
 OSStatus renderGenericOutput(Unit& unit, Slice& slice);
 OSStatus startGenericOutput(Unit& unit);

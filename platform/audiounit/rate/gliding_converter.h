@@ -1,7 +1,7 @@
 // A rate conversion whose ratio glides to a new value in equal musical steps, because a jump would click.
 #pragma once
 
-#include "platform/pcm/rate_converter.h"
+#include "platform/pcm/variable_rate_converter.h"
 
 #include <algorithm>
 #include <cmath>
@@ -24,10 +24,10 @@ public:
     static constexpr UInt32 blockFrames = 512; ///< largest number of frames pulled at once
 
     /// Make a converter at a rate of 1. Throws std::bad_alloc.
-    GlidingConverter(UInt32 channels, pcm::RateConverter::Quality quality)
+    GlidingConverter(UInt32 channels, pcm::VariableRateConverter::Quality quality)
         : channels_(channels), converted_(std::size_t{blockFrames} * channels)
     {
-        if (!converter_.prepare(1, 1, channels, quality)) throw std::bad_alloc();
+        if (!converter_.prepare(channels, quality)) throw std::bad_alloc();
     }
 
     /// Clear the converter and continue at a rate, in input frames per output frame.
@@ -103,7 +103,7 @@ private:
     }
 
     UInt32 channels_;
-    pcm::RateConverter converter_;
+    pcm::VariableRateConverter converter_;
     double rate_ = 1, target_ = 1, stepFactor_ = 1;
     UInt32 stepsLeft_ = 0;
     UInt32 framesOfStep_ = 0;        ///< number of frames rendered in the present step

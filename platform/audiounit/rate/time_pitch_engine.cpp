@@ -19,7 +19,7 @@ double stretchRatio(const Setting& setting) { return setting.pitch / setting.rat
 // stretcher.
 TimePitchEngine::TimePitchEngine(const AudioStreamBasicDescription& format, Stretcher::Mode mode)
     : channels_(format.mChannelsPerFrame), stretcher_(format.mSampleRate, channels_, mode),
-      converter_(channels_, pcm::RateConverter::Quality::fast),
+      converter_(channels_, pcm::VariableRateConverter::Quality::fast),
       stretched_(std::size_t{blockFrames} * channels_), pulled_(stretched_.size()), planes_(channels_),
       recent_(std::size_t{recentFrames} * channels_)
 {

@@ -15,13 +15,14 @@ Setting settingOf(const Unit& unit) { return {globalValue(unit, kVarispeedParam_
 
 int qualityAt(const Unit&, UInt32 quality)
 {
-    return static_cast<int>(quality >= kRenderQuality_High ? pcm::RateConverter::Quality::normal
-                                                           : pcm::RateConverter::Quality::fast);
+    return static_cast<int>(quality >= kRenderQuality_High ? pcm::VariableRateConverter::Quality::normal
+                                                           : pcm::VariableRateConverter::Quality::fast);
 }
 
 std::unique_ptr<RateEngine> make(const AudioStreamBasicDescription& format, int quality)
 {
-    return std::make_unique<VarispeedEngine>(format, static_cast<pcm::RateConverter::Quality>(quality));
+    return std::make_unique<VarispeedEngine>(format,
+                                             static_cast<pcm::VariableRateConverter::Quality>(quality));
 }
 
 double historyFrames(Float64) { return 8192; }

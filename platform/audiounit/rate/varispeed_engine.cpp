@@ -3,7 +3,7 @@
 namespace kvxplatform::audiounit {
 
 VarispeedEngine::VarispeedEngine(const AudioStreamBasicDescription& format,
-                                 pcm::RateConverter::Quality quality)
+                                 pcm::VariableRateConverter::Quality quality)
     : channels_(format.mChannelsPerFrame), quality_(quality), converter_(channels_, quality),
       pulled_(std::size_t{GlidingConverter::blockFrames} * channels_), planes_(channels_)
 {
@@ -38,7 +38,7 @@ void VarispeedEngine::read(EngineInput& input, const Setting& setting, Float32* 
 
 double VarispeedEngine::latency(const Setting& setting) const
 {
-    return pcm::RateConverter::lookAhead(setting.rate, 1, quality_) / setting.rate;
+    return pcm::VariableRateConverter::lookAhead(1 / setting.rate, quality_) / setting.rate;
 }
 
 } // namespace kvxplatform::audiounit

@@ -11,7 +11,7 @@ namespace kvxplatform::audiounit {
 class VarispeedEngine final : public RateEngine {
 public:
     /// Make an engine for a format and a quality of the conversion. Throws std::bad_alloc.
-    VarispeedEngine(const AudioStreamBasicDescription& format, pcm::RateConverter::Quality quality);
+    VarispeedEngine(const AudioStreamBasicDescription& format, pcm::VariableRateConverter::Quality quality);
 
     void start(std::int64_t frame, const Setting& setting) override;
     std::int64_t leadIn(const Setting&) const override { return 0; }
@@ -26,7 +26,7 @@ private:
     const Float32* pull(EngineInput& input, UInt32 frames);
 
     UInt32 channels_;
-    pcm::RateConverter::Quality quality_;
+    pcm::VariableRateConverter::Quality quality_;
     GlidingConverter converter_;
     std::int64_t nextInput_ = 0; ///< next input frame to read from the history
     double position_ = 0;

@@ -1,6 +1,7 @@
 // `kvx render`: plays a file through all units of the file player into a sound file.
 #include "tests/endtoend/command/kvx_runner.h"
 #include "tests/endtoend/expected_samples.h"
+#include "tests/support/tone_fit.h"
 
 #include <sndfile.h>
 
@@ -134,6 +135,30 @@ TEST_F(Render, LengthFollowsTheRatePlusTheTail)
         EXPECT_GE(length, least);
         EXPECT_LE(length, least + fact.longestTail);
     }
+}
+
+// A sine of full scale, and a sine above the highest frequency of the result.
+TEST_F(Render, DeviceRateAddsNoNoiseToATone)
+{
+    const struct {
+        int from, to;
+    } rates[] = {{44100, 48000}, {48000, 44100}, {96000, 44100}, {22050, 48000}};
+    const auto renderTone = [&](int from, int to, double hertz) {
+        const Sound tone = {from, 2, support::toneSamples(from, hertz, std::size_t(from) * 2, 2)};
+        const Sound rendered = renderOf(tone, {"--device-rate", std::to_string(to)});
+        return support::fitTone(rendered.samples, 2, 1, to, hertz, std::size_t(to / 2),
+                                std::size_t(to) * 3 / 2);
+    };
+    for (const auto& rate : rates)
+        for (const double hertz : {997.0, 0.45 * std::min(rate.from, rate.to)}) {
+            SCOPED_TRACE(testing::Message() << rate.from << " to " << rate.to << ", " << hertz << " Hz");
+            const support::ToneFit fit = renderTone(rate.from, rate.to, hertz);
+            EXPECT_NEAR(fit.level, 0, 0.1);
+            EXPECT_LT(fit.residue, -110);
+        }
+    const support::ToneFit alias = renderTone(48000, 44100, 23000);
+    EXPECT_LT(alias.level, -100);
+    EXPECT_LT(alias.residue, -100);
 }
 
 TEST_F(Render, StartAndDurationSelectAPartOfTheFile)

@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 #include <mutex>
+#include <random>
 #include <string>
 
 namespace {
@@ -97,6 +98,74 @@ TEST(AudioThread, CycleAllocatesNothingAndTakesNoLock)
         AudioDeviceRemoveIOProc(device.id(), begin);
         AudioDeviceRemoveIOProc(device.id(), end);
     }
+}
+
+/// While an object exists, the device's I/O cycles are watched from before the first procedure until after
+/// the procedures that were added before follow().
+class WatchedCycles {
+public:
+    explicit WatchedCycles(AudioDeviceID watched) : device(watched)
+    {
+        EXPECT_EQ(AudioDeviceAddIOProc(device, begin, nullptr), noErr);
+        EXPECT_EQ(AudioDeviceStart(device, begin), noErr);
+    }
+    ~WatchedCycles()
+    {
+        AudioDeviceRemoveIOProc(device, begin);
+        AudioDeviceRemoveIOProc(device, end);
+    }
+    WatchedCycles(const WatchedCycles&) = delete;
+    void follow() const
+    {
+        AudioDeviceRemoveIOProc(device, end);
+        EXPECT_EQ(AudioDeviceAddIOProc(device, end, nullptr), noErr);
+        EXPECT_EQ(AudioDeviceStart(device, end), noErr);
+    }
+
+private:
+    const AudioDeviceID device;
+};
+
+// Slices of random sizes, among resets, restarts and changes of the device's rate.
+TEST(AudioThread, ConversionAllocatesNothingAndTakesNoLockAmongChanges)
+{
+    SteppedDevice device(48000, 2, 512);
+    const WatchedCycles watched(device.id());
+    const Unit unit('ahal');
+    Feeder feeder(canonical(44100, 2));
+    feeder.mostRequests = 0;
+    ASSERT_EQ(unit.set<AudioDeviceID>(2000, 0, 0, device.id()), noErr);
+    ASSERT_EQ(unit.setFormat(1, canonical(44100, 2)), noErr);
+    ASSERT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
+    ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+    ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
+    const allocator_hook::Count count;
+    std::mt19937 random(3);
+    for (int slice = 0; slice < 2000; ++slice) {
+        watched.follow();
+        device.played.clear();
+        device.step(1 + random() % 512);
+        if (random() % 20 == 0) EXPECT_EQ(AudioUnitReset(unit, 0, 0), noErr);
+        if (random() % 50 == 0) {
+            EXPECT_EQ(AudioOutputUnitStop(unit), noErr);
+            EXPECT_EQ(AudioOutputUnitStart(unit), noErr);
+        }
+        if (random() % 200 == 0) {
+            const Float64 rates[] = {48000, 96000, 44100, 22050};
+            const Float64 rate = rates[random() % 4];
+            EXPECT_EQ(AudioDeviceSetProperty(device.id(), nullptr, 0, 0,
+                                             kAudioDevicePropertyNominalSampleRate, sizeof rate, &rate),
+                      noErr);
+            const int calls = feeder.calls;
+            EXPECT_TRUE(eventually([&] {
+                device.step(512);
+                return feeder.calls > calls;
+            }));
+        }
+    }
+    EXPECT_EQ(count.heapCalls(), 0);
+    EXPECT_EQ(count.locks(), 0);
+    EXPECT_GT(feeder.calls, 1500);
 }
 
 TEST(AudioThread, SliceThroughConnectedUnitsAllocatesNothingAndTakesNoLock)

@@ -85,7 +85,7 @@ const Parameter parameters[] = {
 };
 const UnitKind sums = {'aumx', 'test', "Sum", column::Inputs{{2, 1, 4}}, column::Outputs{{1, 1, 1}}, properties, parameters, InputMemory::ofBus,
                        column::TakesFormat{nullptr}, column::Open{openUnit}, column::Close{nullptr}, column::Destroy{destroyState},
-                       column::Initialize{initializeUnit}, column::Uninitialize{uninitializeUnit}, column::Reset{resetUnit},
+                       column::Initialize{initializeUnit}, column::Uninitialize{uninitializeUnit}, column::Renew{nullptr}, column::Reset{resetUnit},
                        column::Render{sumOfInputs}, column::RenderInside{nullptr}, column::Start{nullptr}, column::Stop{nullptr}};
 // clang-format on
 

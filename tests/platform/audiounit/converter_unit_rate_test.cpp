@@ -113,8 +113,8 @@ TEST(ConverterUnitRate, InputLimitIsScaledByTheRates)
         EXPECT_EQ(largest, fact.most);
         const double needed = 5 * fact.limit * fact.from / fact.to;
         EXPECT_GE(expected, std::floor(needed));
-        EXPECT_LE(expected, needed + 3 + 60 * std::max(1.0, fact.from / fact.to))
-            << "no further ahead than the filter";
+        EXPECT_LE(expected, needed + converter.unit.get<Float64>(20, 0, 0) * fact.from + 1)
+            << "no further ahead than the look-ahead";
     }
 }
 

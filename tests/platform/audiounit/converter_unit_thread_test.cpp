@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <random>
 #include <string>
 #include <thread>
 
@@ -55,6 +56,61 @@ TEST(ConverterUnitThread, SliceAllocatesNothingAndTakesNoLock)
         EXPECT_EQ(count.heapCalls(), 0);
         EXPECT_EQ(count.locks(), 0);
     }
+}
+
+// Slices of random sizes, among resets and changes of the quality.
+TEST(ConverterUnitThread, ConversionAllocatesNothingAndTakesNoLockAmongChanges)
+{
+    const Unit unit('conv', 'aufc');
+    Feeder feeder(canonical(44100, 2));
+    feeder.mostRequests = 0;
+    ASSERT_EQ(unit.setFormat(1, canonical(44100, 2)), noErr);
+    ASSERT_EQ(unit.setFormat(2, canonical(48000, 2)), noErr);
+    ASSERT_EQ(unit.setCallback(Feeder::callback, &feeder), noErr);
+    ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+    List list(canonical(48000, 2), 1156);
+    const allocator_hook::Count count;
+    std::mt19937 random(5);
+    Float64 at = 0;
+    for (int slice = 0; slice < 3000; ++slice) {
+        list.restore();
+        const UInt32 frames = 1 + random() % 1156;
+        const AudioTimeStamp time = sampleTime(at);
+        at += frames;
+        allocator_hook::watchThisThread(true);
+        const OSStatus status = AudioUnitRender(unit, nullptr, &time, 0, frames, list.get());
+        allocator_hook::watchThisThread(false);
+        ASSERT_EQ(status, noErr);
+        if (random() % 20 == 0) EXPECT_EQ(AudioUnitReset(unit, 0, 0), noErr);
+        if (random() % 50 == 0) EXPECT_EQ(unit.set(26, 0, 0, UInt32{slice % 2 ? 96u : 127u}), noErr);
+    }
+    EXPECT_EQ(count.heapCalls(), 0);
+    EXPECT_EQ(count.locks(), 0);
+}
+
+// A callback resets the unit that calls it, so the reset happens on the render thread.
+TEST(ConverterUnitThread, ResetInsideItsSliceAllocatesNothingAndTakesNoLock)
+{
+    const Unit unit('conv', 'aufc');
+    const auto resets = [](void* context, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32, UInt32,
+                           AudioBufferList*) -> OSStatus {
+        return AudioUnitReset(*static_cast<const Unit*>(context), 0, 0);
+    };
+    ASSERT_EQ(unit.setFormat(2, canonical(48000, 2)), noErr);
+    ASSERT_EQ(unit.setCallback(resets, const_cast<Unit*>(&unit)), noErr);
+    ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+    List list(canonical(48000, 2), 512);
+    const allocator_hook::Count count;
+    for (int slice = 0; slice < 100; ++slice) {
+        list.restore();
+        const AudioTimeStamp time = sampleTime(slice * 512.0);
+        allocator_hook::watchThisThread(true);
+        const OSStatus status = AudioUnitRender(unit, nullptr, &time, 0, 512, list.get());
+        allocator_hook::watchThisThread(false);
+        ASSERT_EQ(status, noErr);
+    }
+    EXPECT_EQ(count.heapCalls(), 0);
+    EXPECT_EQ(count.locks(), 0);
 }
 
 TEST(ConverterUnitThread, SettingsChangeWhileRendering)

@@ -112,13 +112,13 @@ using namespace column;
 const UnitKind kinds[] = {
     {'aufx', 'add ', "Adder", Inputs{{1, 1, 4}}, Outputs{{2, 2, 2}}, nullptr, nullptr, InputMemory::ofBus, TakesFormat{nullptr},
      Open{openUnit}, Close{nullptr}, Destroy{destroyConstant}, Initialize{initializeUnit}, Uninitialize{nullptr},
-     Reset{nullptr}, Render{renderSum}, RenderInside{nullptr}, Start{nullptr}, Stop{nullptr}},
+     Renew{nullptr}, Reset{nullptr}, Render{renderSum}, RenderInside{nullptr}, Start{nullptr}, Stop{nullptr}},
     {'aufx', 'addf', "Adder", Inputs{{1, 1, 4}}, Outputs{{2, 2, 2}}, nullptr, nullptr, InputMemory::ofBus, TakesFormat{takesAll},
      Open{openUnit}, Close{nullptr}, Destroy{destroyConstant}, Initialize{initializeUnit}, Uninitialize{nullptr},
-     Reset{nullptr}, Render{renderSum}, RenderInside{nullptr}, Start{nullptr}, Stop{nullptr}},
+     Renew{nullptr}, Reset{nullptr}, Render{renderSum}, RenderInside{nullptr}, Start{nullptr}, Stop{nullptr}},
     {kAudioUnitType_Output, kAudioUnitSubType_GenericOutput, "Output", Inputs{{1, 1, 1}}, Outputs{{1, 1, 1}}, outputProperties, nullptr, InputMemory::ofBus, TakesFormat{nullptr},
      Open{openOutput}, Close{nullptr}, Destroy{destroyOutput}, Initialize{nullptr}, Uninitialize{nullptr},
-     Reset{nullptr}, Render{renderOutput}, RenderInside{nullptr}, Start{setRunning<true>}, Stop{setRunning<false>}},
+     Renew{nullptr}, Reset{nullptr}, Render{renderOutput}, RenderInside{nullptr}, Start{setRunning<true>}, Stop{setRunning<false>}},
 };
 // clang-format on
 

@@ -15,11 +15,11 @@ using kvxplatform::pcm::FixedRateConverter;
 
 TEST(FixedRateAlarm, HeapCallsAreCounted)
 {
-    const allocator::Count count;
-    allocator::watchThisThread(true);
+    const allocator_hook::Count count;
+    allocator_hook::watchThisThread(true);
     void* volatile memory = std::malloc(10);
     std::free(memory);
-    allocator::watchThisThread(false);
+    allocator_hook::watchThisThread(false);
     EXPECT_EQ(count.heapCalls(), 2);
 }
 
@@ -38,8 +38,8 @@ TEST(FixedRateAlarm, NoSliceSizeAllocates)
             FixedRateConverter converter;
             ASSERT_TRUE(converter.prepare(fact.from, fact.to, fact.channels, quality));
             std::mt19937 random(7);
-            const allocator::Count count;
-            allocator::watchThisThread(true);
+            const allocator_hook::Count count;
+            allocator_hook::watchThisThread(true);
             for (UInt32 total = 0; total < 300000;) {
                 const UInt32 frames = 1 + random() % 700;
                 if (random() % 100 == 0) converter.reset();
@@ -57,7 +57,7 @@ TEST(FixedRateAlarm, NoSliceSizeAllocates)
                 }
                 total += frames;
             }
-            allocator::watchThisThread(false);
+            allocator_hook::watchThisThread(false);
             EXPECT_EQ(count.heapCalls(), 0);
             EXPECT_EQ(count.locks(), 0);
         }

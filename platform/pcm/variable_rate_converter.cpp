@@ -1,4 +1,4 @@
-#include "platform/pcm/rate_converter.h"
+#include "platform/pcm/variable_rate_converter.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -8,8 +8,12 @@
 
 namespace kvxplatform::pcm {
 
-struct RateConverter::State {
+struct VariableRateConverter::State {
     ~State() { src_delete(converter); }
+
+    /// Convert until all unread input is used or the output is full.
+    /// Returns  the number of frames made.
+    UInt32 process(Float32* out, UInt32 capacity);
 
     SRC_STATE* converter = nullptr;
     double ratio = 1; ///< output frames per input frame
@@ -18,8 +22,8 @@ struct RateConverter::State {
     UInt32 unreadFrames = 0;
 };
 
-RateConverter::RateConverter() = default;
-RateConverter::~RateConverter() = default;
+VariableRateConverter::VariableRateConverter() = default;
+VariableRateConverter::~VariableRateConverter() = default;
 
 namespace {
 
@@ -33,35 +37,30 @@ struct Filter {
 constexpr Filter filters[] = {
     {SRC_SINC_FASTEST, 2466.0 / 128},
     {SRC_SINC_MEDIUM_QUALITY, 22440.0 / 491},
-    {SRC_SINC_BEST_QUALITY, 340241.0 / 2381},
 };
 
 } // namespace
 
-bool RateConverter::takes(Float64 from, Float64 to) { return src_is_valid_ratio(to / from); }
-
-bool RateConverter::prepare(Float64 from, Float64 to, UInt32 channels, Quality quality)
+bool VariableRateConverter::prepare(UInt32 channels, Quality quality)
 {
-    const double ratio = to / from;
-    if (!src_is_valid_ratio(ratio) || channels == 0) return false;
+    if (channels == 0) return false;
     auto next = std::make_unique<State>();
     int error = 0;
     next->converter = src_new(filters[static_cast<int>(quality)].kind, static_cast<int>(channels), &error);
     if (!next->converter) return false;
-    next->ratio = ratio;
     next->channels = channels;
     state_ = std::move(next);
     return true;
 }
 
-UInt32 RateConverter::lookAhead(Float64 from, Float64 to, Quality quality)
+UInt32 VariableRateConverter::lookAhead(double ratio, Quality quality)
 {
-    const double half = filters[static_cast<int>(quality)].halfFrames * std::max(1.0, from / to);
+    const double half = filters[static_cast<int>(quality)].halfFrames * std::max(1.0, 1 / ratio);
     // The resampling library rounds `half` and needs more than one further frame.
     return static_cast<UInt32>(half + 0.5) + 2;
 }
 
-void RateConverter::setRatio(double ratio)
+void VariableRateConverter::setRatio(double ratio)
 {
     if (ratio == state_->ratio) return;
     state_->ratio = ratio;
@@ -69,36 +68,33 @@ void RateConverter::setRatio(double ratio)
     src_set_ratio(state_->converter, ratio);
 }
 
-void RateConverter::reset()
+void VariableRateConverter::reset()
 {
     src_reset(state_->converter);
     state_->unreadFrames = 0;
 }
 
-Progress RateConverter::process(const Float32* in, UInt32 frames, Float32* out, UInt32 capacity)
+UInt32 VariableRateConverter::State::process(Float32* out, UInt32 capacity)
 {
     static constexpr Float32 noInput = 0;
-    Float32 noOutput = 0;
     SRC_DATA work{};
-    work.data_in = in ? in : &noInput;
-    work.input_frames = static_cast<long>(frames);
-    work.data_out = out ? out : &noOutput;
+    work.data_in = unreadFrames ? unread : &noInput;
+    work.input_frames = static_cast<long>(unreadFrames);
+    work.data_out = out;
     work.output_frames = static_cast<long>(capacity);
-    work.src_ratio = state_->ratio;
+    work.src_ratio = ratio;
     // Cannot fail, because the ratio is valid and the buffers do not overlap.
-    src_process(state_->converter, &work);
-    return {static_cast<UInt32>(work.input_frames_used), static_cast<UInt32>(work.output_frames_gen)};
+    src_process(converter, &work);
+    const auto used = static_cast<UInt32>(work.input_frames_used);
+    unreadFrames -= used;
+    unread += std::size_t{used} * channels;
+    return static_cast<UInt32>(work.output_frames_gen);
 }
 
-void RateConverter::convert(Float32* out, UInt32 frames, UInt32 largestPull, const Input& input)
+void VariableRateConverter::convert(Float32* out, UInt32 frames, UInt32 largestPull, const Input& input)
 {
     for (UInt32 done = 0;;) {
-        const Progress progress =
-            process(state_->unreadFrames ? state_->unread : nullptr, state_->unreadFrames,
-                    out + std::size_t{done} * state_->channels, frames - done);
-        done += progress.made;
-        state_->unreadFrames -= progress.used;
-        state_->unread += std::size_t{progress.used} * state_->channels;
+        done += state_->process(out + std::size_t{done} * state_->channels, frames - done);
         if (done == frames) return;
         if (state_->unreadFrames) continue;
 

@@ -1,6 +1,7 @@
-// Conversion of interleaved floats from one sample rate to another.
+// Conversion of interleaved floats between two sample rates whose ratio may change during the conversion.
 //
 // The first output frame has the time of the first input frame: the filter looks ahead and does not delay.
+// For a constant ratio, FixedRateConverter is faster and flatter.
 #pragma once
 
 #include <CoreAudio/CoreAudio.h>
@@ -9,16 +10,10 @@
 
 namespace kvxplatform::pcm {
 
-/// The number of frames that a call of a conversion used and made.
-struct Progress {
-    UInt32 used; ///< number of input frames used
-    UInt32 made; ///< number of output frames made
-};
-
 /// A rate converter. One thread at a time calls its functions; only prepare() allocates.
-class RateConverter {
+class VariableRateConverter {
 public:
-    enum class Quality { fast, normal, best };
+    enum class Quality { fast, normal };
 
     /// A source from which convert() pulls input.
     struct Input {
@@ -27,16 +22,13 @@ public:
         void* context;
     };
 
-    RateConverter();
-    ~RateConverter();
-    RateConverter(const RateConverter&) = delete;
+    VariableRateConverter();
+    ~VariableRateConverter();
+    VariableRateConverter(const VariableRateConverter&) = delete;
 
-    /// Whether the ratio of two positive rates is within 1/256 to 256.
-    static bool takes(Float64 from, Float64 to);
-
-    /// Prepare to convert between two rates. Throws std::bad_alloc.
-    /// Returns  false if takes(from, to) is false, or if `channels` is 0 or more than 128.
-    bool prepare(Float64 from, Float64 to, UInt32 channels, Quality quality);
+    /// Prepare to convert 1 to 128 channels, at a ratio of 1. Throws std::bad_alloc.
+    /// Returns  false for another channel count.
+    bool prepare(UInt32 channels, Quality quality);
 
     /// Set the ratio of the following output frames, as output frames per input frame, 1/256 to 256. A small
     /// step of the ratio is inaudible.
@@ -47,11 +39,7 @@ public:
 
     /// Returns  the look-ahead of the filter: the number of input frames past the time of an output frame
     ///          that the filter reads for that frame.
-    static UInt32 lookAhead(Float64 from, Float64 to, Quality quality);
-
-    /// Convert until all input is used or the output is full. Do not mix calls of process() and convert().
-    /// Shape    in, out[frame * channels + channel]; null with 0 frames.
-    Progress process(const Float32* in, UInt32 frames, Float32* out, UInt32 capacity);
+    static UInt32 lookAhead(double ratio, Quality quality);
 
     /// Write `frames` frames of output. Input is pulled in calls of at most `largestPull` frames.
     void convert(Float32* out, UInt32 frames, UInt32 largestPull, const Input& input);
