@@ -23,13 +23,13 @@ void endEmptyLoop(FilePlayer& player)
 
 void setLoopInHere(FilePlayer& player)
 {
-    player.setLoopIn(player.position());
+    player.setLoopIn(player.audiblePosition());
     endEmptyLoop(player);
 }
 
 void setLoopOutHere(FilePlayer& player)
 {
-    const double here = player.position();
+    const double here = player.audiblePosition();
     // Without a loop start, the loop begins at the start of the file, but the class loops only after a write
     // of 0 to LoopIn. This write also moves the loop end if it is not set, so the loop end is written last.
     if (player.loopIn() == 0) player.setLoopIn(0);
@@ -76,8 +76,8 @@ struct Track {
 
 PlayStatus statusOf(const FilePlayer& p, const std::string& note)
 {
-    return {p.position(), p.duration(), p.level(),   !p.isPlaying(), p.rate(), p.pitch(),
-            p.volume(),   p.loopIn(),   p.loopOut(), p.isLooping(),  note};
+    return {p.audiblePosition(), p.duration(), p.level(),   !p.isPlaying(), p.rate(), p.pitch(),
+            p.volume(),          p.loopIn(),   p.loopOut(), p.isLooping(),  note};
 }
 
 /// Plays the files of a playlist in order. The next file is loaded while the current file plays, and starts

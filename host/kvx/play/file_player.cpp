@@ -136,6 +136,12 @@ bool FilePlayer::isPlaying() const { return object_.get("Playing").boolean(); }
 
 double FilePlayer::position() const { return object_.get("CurrentTime").number(); }
 
+double FilePlayer::audiblePosition() const
+{
+    const double ahead = isPlaying() ? delay().latency * rate() : 0;
+    return std::max(0.0, position() - ahead);
+}
+
 // The class rounds a time down to a frame, and the binary fraction may be slightly less than the exact time
 // of the frame, so use the middle of the frame.
 double FilePlayer::nearestFrame(double seconds) const
@@ -216,9 +222,11 @@ Delay FilePlayer::delay() const
 {
     Delay sum;
     for (const char* unit : units) {
-        // The output unit reports the latency of the device.
-        (unit == outputUnit ? sum.device : sum.latency) += unitSeconds(unit, latencyProperty);
-        sum.tail += unitSeconds(unit, tailProperty);
+        const bool isOutput = unit == outputUnit;
+        // The output unit reports the latency of the device, and as its tail the input that it has pulled
+        // ahead.
+        (isOutput ? sum.device : sum.latency) += unitSeconds(unit, latencyProperty);
+        (isOutput ? sum.latency : sum.tail) += unitSeconds(unit, tailProperty);
     }
     return sum;
 }

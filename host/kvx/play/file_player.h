@@ -33,7 +33,7 @@ constexpr int mostChannels = 64; // highest number of channels that the units ac
 
 /// Delays between the position of a player and the audible sound, in seconds.
 struct Delay {
-    double latency = 0; ///< total delay of all units except the output unit
+    double latency = 0; ///< total delay of all units: input that they have pulled ahead
     double tail = 0;    ///< time in which the units decay to silence after the last frame of the file
     double device = 0;  ///< delay of the device, as the output unit reports it
 };
@@ -92,6 +92,12 @@ public:
     bool isPlaying() const;
 
     double position() const;
+
+    /// Returns  the position of the frame that the units output now. After a stop it is position(), because
+    /// the
+    ///          next start discards the input that was pulled ahead.
+    double audiblePosition() const;
+
     void seek(double seconds); ///< moves the position to the nearest frame
     bool isAtEnd() const;      ///< whether the position is past the last frame
 

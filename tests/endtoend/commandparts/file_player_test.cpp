@@ -142,6 +142,31 @@ TEST_F(CommandFilePlayer, HasNoDelayWithNeutralSettings)
     EXPECT_EQ(player->renderError(), 0);
 }
 
+// At another rate than the device's, the output unit pulls frames ahead.
+TEST_F(CommandFilePlayer, AudiblePositionIsThatOfTheOutput)
+{
+    for (const double deviceRate : {44100.0, 48000.0, 22050.0}) {
+        SCOPED_TRACE(deviceRate);
+        const bool isConverted = deviceRate != 44100;
+        SteppedDevice device(deviceRate);
+        auto player = playerOf(support::makeNoise(44100, 2, 44100), device);
+        EXPECT_EQ(player->audiblePosition(), 0);
+        player->play();
+        double frames = 0;
+        for (const std::uint32_t step : {1u, 511u, 512u, 100u, 4096u, 3u}) {
+            frames += device.step(step);
+            const double audible = player->audiblePosition(), ahead = player->position() - audible;
+            EXPECT_NEAR(audible, frames / deviceRate, 1.5 / 44100);
+            EXPECT_LE(ahead, 0.025);
+            EXPECT_EQ(ahead > 0, isConverted);
+        }
+        kvx::applyKey(Key::loopOut, *player);
+        EXPECT_NEAR(player->loopOut(), frames / deviceRate, 2.0 / 44100) << "set at the audible frame";
+        player->pause();
+        EXPECT_EQ(player->audiblePosition(), player->position()) << "playback continues there";
+    }
+}
+
 TEST_F(CommandFilePlayer, IsSilentAfterTheReportedLengthAndTail)
 {
     const struct {
