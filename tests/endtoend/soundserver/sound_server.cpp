@@ -28,7 +28,7 @@ bool answers()
 
 // All test servers have one name and run one at a time, because jackd can list few servers on a machine, and
 // lists a killed server until another server of that name starts.
-SoundServer::SoundServer(int sampleRate)
+SoundServer::SoundServer(int sampleRate, int periodFrames)
     : lockFile_(open("/tmp/kvx-sound-server.lock", O_CREAT | O_RDWR | O_CLOEXEC, 0666))
 {
     flock(lockFile_, LOCK_EX);
@@ -38,9 +38,9 @@ SoundServer::SoundServer(int sampleRate)
     // With -S, jackd waits for its clients in each cycle, so a busy machine delays the sound without losing
     // samples. setpriv ends the server with the test, because a remaining server would block all later
     // servers.
-    server_ = std::make_unique<support::Child>(
-        std::vector<std::string>{"setpriv", "--pdeathsig", "KILL", "jackd", "-S", "-t", "5000", "-r", "-n",
-                                 serverName, "-d", "dummy", "-r", std::to_string(sampleRate)});
+    server_ = std::make_unique<support::Child>(std::vector<std::string>{
+        "setpriv", "--pdeathsig", "KILL", "jackd", "-S", "-t", "5000", "-r", "-n", serverName, "-d", "dummy",
+        "-r", std::to_string(sampleRate), "-p", std::to_string(periodFrames)});
     for (int tries = 0; tries < 200 && server_->isRunning(); ++tries) {
         if (answers()) return;
         std::this_thread::sleep_for(std::chrono::milliseconds(50));

@@ -17,7 +17,7 @@ class SoundServer {
 public:
     /// Start the server, and wait until the server accepts clients.
     /// Errors  throws std::runtime_error after 10 seconds.
-    explicit SoundServer(int sampleRate);
+    explicit SoundServer(int sampleRate, int periodFrames = 1024);
     ~SoundServer();
 
     /// Kill the server process, as a crash does.

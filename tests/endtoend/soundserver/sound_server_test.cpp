@@ -15,26 +15,25 @@ using namespace endtoend;
 
 constexpr int rate = 48000;
 
-/// Return a sweep after eight seconds of silence. The recorder connects to the player during the silence.
-support::Sound makeDelayedSweep()
+/// Return a sweep after eight seconds of silence, during which the recorder connects to the player. A rate
+/// conversion rings during the quarter of a second of silence after the sweep.
+support::Sound makeDelayedSweep(int fileRate)
 {
-    support::Sound sound = support::makeSweep(rate, 2, rate * 4);
-    sound.samples.insert(sound.samples.begin(), rate * 16, 0.0f);
+    support::Sound sound = support::makeSweep(fileRate, 2, fileRate * 4);
+    sound.samples.insert(sound.samples.begin(), fileRate * 16, 0.0f);
+    sound.samples.insert(sound.samples.end(), fileRate / 2, 0.0f);
     return sound;
 }
 
-TEST(SoundServer, ReceivesTheFileSampleForSample)
+/// Play a file on a sound server, record its sound, and expect the samples from the first one that is not 0.
+void expectRecording(const std::string& file, const support::Sound& sound, int periodFrames)
 {
-    SoundServer server(rate);
-    support::TemporaryFolder folder;
-    const support::Sound sound = makeDelayedSweep();
-    support::writeSound(sound, folder / "sweep.wav");
-
+    SoundServer server(rate, periodFrames);
     Recorder recorder(60);
     ASSERT_EQ(recorder.sampleRate(), rate);
     auto environment = server.environment();
     environment.push_back({"KVX_AUDIO_DEVICE", "system"});
-    support::Child player(kvxCommand({"play", folder / "sweep.wav"}), environment);
+    support::Child player(kvxCommand({"play", file}), environment);
     bool isConnected = false;
     while (player.isRunning() && !(isConnected = recorder.connectToPlayer()))
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -48,12 +47,31 @@ TEST(SoundServer, ReceivesTheFileSampleForSample)
 
     const std::vector<float> recorded = recorder.samples();
     const std::size_t silence = support::leadingSilence(sound) * 2;
-    const std::vector<float> sweep(sound.samples.begin() + std::ptrdiff_t(silence), sound.samples.end());
+    const std::vector<float> expected(sound.samples.begin() + std::ptrdiff_t(silence), sound.samples.end());
     const auto first =
         std::find_if(recorded.begin(), recorded.end(), [](float sample) { return sample != 0.0f; });
     const auto start = std::size_t(first - recorded.begin()) / 2 * 2;
-    ASSERT_LE(start + sweep.size(), recorded.size()) << "the recording ends early";
-    expectThenSilence({recorded.begin() + std::ptrdiff_t(start), recorded.end()}, sweep);
+    ASSERT_LE(start + expected.size(), recorded.size()) << "the recording ends early";
+    expectThenSilence({recorded.begin() + std::ptrdiff_t(start), recorded.end()}, expected);
+}
+
+TEST(SoundServer, ReceivesTheFileSampleForSample)
+{
+    const support::TemporaryFolder folder;
+    const support::Sound sound = makeDelayedSweep(rate);
+    support::writeSound(sound, folder / "sweep.wav");
+    expectRecording(folder / "sweep.wav", sound, 1024);
+}
+
+// A rate conversion returns its output in bursts, but short periods lose nothing of it.
+TEST(SoundServer, ReceivesAConvertedFileAsItIsRendered)
+{
+    const support::TemporaryFolder folder;
+    support::writeSound(makeDelayedSweep(44100), folder / "sweep.wav");
+    const auto render =
+        runKvx({"render", folder / "sweep.wav", folder / "rendered.wav", "--device-rate", "48000"});
+    ASSERT_EQ(render.exitCode, 0) << render.err;
+    expectRecording(folder / "sweep.wav", support::readSound(folder / "rendered.wav"), 64);
 }
 
 } // namespace
