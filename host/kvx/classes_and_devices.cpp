@@ -169,7 +169,7 @@ std::string deviceJson(const std::vector<DeviceFacts>& devices, const Roles& rol
     return list.dump(2, ' ', false, ordered_json::error_handler_t::replace);
 }
 
-int classesCommand(const ClassesOptions& options)
+int runClasses(const ClassesOptions& options)
 {
     Library library(options.library);
     const host::Host& host = library.host();
@@ -186,7 +186,7 @@ int classesCommand(const ClassesOptions& options)
     return reportLeaks(library, 0);
 }
 
-int devicesCommand(const DevicesOptions& options)
+int runDevices(const DevicesOptions& options)
 {
     Library library(options.library);
     int exitCode = 0;

@@ -27,12 +27,12 @@ struct DevicesOptions {
 /// Print the classes that the library registered.
 /// Returns  the exit code.
 /// Errors   throws Failure.
-int classesCommand(const ClassesOptions& options);
+int runClasses(const ClassesOptions& options);
 
 /// Print the devices. If `isWatching` is set, then print each change of a device until Ctrl-C.
 /// Returns  the exit code.
 /// Errors   throws Failure.
-int devicesCommand(const DevicesOptions& options);
+int runDevices(const DevicesOptions& options);
 
 /// Format the devices as a JSON array of objects, in the order of the system's device list.
 std::string deviceJson(const std::vector<DeviceFacts>& devices, const Roles& roles);

@@ -339,7 +339,7 @@ void writeProperty(const CoreAudio& core, const Subject& subject, const Property
 
 } // namespace
 
-int getCommand(const PropertyOptions& options)
+int runGet(const PropertyOptions& options)
 {
     Library library(options.library);
     {
@@ -356,7 +356,7 @@ int getCommand(const PropertyOptions& options)
     return reportLeaks(library, 0);
 }
 
-int setCommand(const PropertyOptions& options)
+int runSet(const PropertyOptions& options)
 {
     Library library(options.library);
     {

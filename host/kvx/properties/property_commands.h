@@ -24,11 +24,11 @@ struct PropertyOptions {
 /// Run `kvx get`: print one property or all properties of an object.
 /// Returns  the exit code.
 /// Errors   throws Failure.
-int getCommand(const PropertyOptions& options);
+int runGet(const PropertyOptions& options);
 
 /// Run `kvx set`: write a property, read the property back and print it.
 /// Returns  the exit code.
 /// Errors   throws Failure, also if the property does not have the written value.
-int setCommand(const PropertyOptions& options);
+int runSet(const PropertyOptions& options);
 
 } // namespace kvx

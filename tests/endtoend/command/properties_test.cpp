@@ -215,9 +215,9 @@ TEST(KvxProperties, RefuseWrongUsageWithAdvice)
 {
     expectRefusals(
         {
-            {{"get"}, "object is required"},
-            {{"set", "0"}, "selector is required"},
-            {{"set", "0", "nsrt"}, "value is required"},
+            {{"get"}, "OBJECT is required"},
+            {{"set", "0"}, "SELECTOR is required"},
+            {{"set", "0", "nsrt"}, "VALUE is required"},
             {{"get", "0", "kAudioNoSuch"}, "\"kAudioNoSuch\" is not a selector"},
             {{"get", "0", "kAudioPropertyWildcardChannel"}, "is not a selector"},
             {{"get", "Missing", "kAudioNoSuch"}, "is not a selector"},

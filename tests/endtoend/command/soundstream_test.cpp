@@ -223,9 +223,9 @@ TEST_F(SoundStream, RefusesWrongArguments)
         int exitCode;
         const char* text;
     } facts[] = {
-        {{}, 2, "file"},
+        {{}, 2, "FILE"},
         {{"none.wav"}, 1, "none.wav"},
-        {{"sound.wav", "--buffers", "big"}, 2, "{swapped,sowt,twos}"},
+        {{"sound.wav", "--buffers", "big"}, 2, "big is not one of swapped, sowt, twos"},
         {{"sound.wav", "--capture", "sound.wav"}, 1, "--capture"},
         {{"sound.wav", "--capture", "none/captured.wav"}, 1, "none/captured.wav"},
         {{"sound.wav", "--device", "no such device"}, 1, "--device"},

@@ -1,0 +1,31 @@
+// Parses the command line into the targets of the options. Compiling the library CLI11 takes seconds, so
+// only parse.cpp includes it.
+// All functions: [main].
+#pragma once
+
+#include "host/kvx/command_line/command.h"
+
+#include <string>
+#include <vector>
+
+namespace kvx {
+
+constexpr const char* helpOption = "--help"; ///< the option that parse() itself obeys
+
+/// What the user has chosen.
+struct Choice {
+    const Command* command; ///< an element of `commands`, or `program` if the user has named no command
+    bool isHelpWanted;      ///< the user has given --help; no other option has been read
+};
+
+/// Describe that there is no command `word`, with the command that the user may have meant.
+std::string noCommand(const std::string& word, const std::vector<Command>& commands);
+
+/// Find the command that the user has named, read its options and those of `program`, and check them.
+/// A command is required unless an option of `program` is given. Before a failure, the name of the
+/// command is set for messages.
+/// Errors  throws WrongUsage, which ends with the advice to read --help.
+Choice parse(const Command& program, const std::vector<Command>& commands, int argumentCount,
+             const char* const* arguments);
+
+} // namespace kvx

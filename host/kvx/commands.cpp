@@ -1,0 +1,224 @@
+#include "host/kvx/commands.h"
+
+#include "host/kvx/classes_and_devices.h"
+#include "host/kvx/command_line/help_text.h"
+#include "host/kvx/command_line/nearest_word.h"
+#include "host/kvx/command_line/parse.h"
+#include "host/kvx/command_line/shared_options.h"
+#include "host/kvx/files/tune.h"
+#include "host/kvx/play/play_commands.h"
+#include "host/kvx/properties/property_commands.h"
+#include "host/kvx/text/terminal_text.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <unistd.h>
+
+namespace kvx {
+namespace {
+
+constexpr std::size_t plainWidth = 80, widestHelp = 100; // columns without a terminal; most columns
+
+// In the tables of options, clang-format would break the rows.
+// clang-format off
+
+Command classesCommand()
+{
+    const auto options = std::make_shared<ClassesOptions>();
+    Command command = {"classes", "Print the classes that the library registered", "[NAME]", "kvx classes {}"};
+    command.groups = {
+        {"Arguments", {
+            {"NAME", "", text(options->name),
+             "One class, with all its members", "", "", "AUPlayerKVX"},
+        }},
+        {"Output", {jsonOption(options->isJson)}},
+        libraryOptions(options->library),
+    };
+    command.run = [options] { return runClasses(*options); };
+    return command;
+}
+
+Command devicesCommand()
+{
+    const auto options = std::make_shared<DevicesOptions>();
+    Command command = {"devices",
+                       "List the devices; `kvx play --device` and `kvx get` take a number or a name of the list",
+                       "", "kvx devices {}"};
+    command.groups = {
+        {"Output", {jsonOption(options->isJson)}},
+        {"Changes", {
+            {"--watch", "", flag(options->isWatching),
+             "After the list, print a line for each device that comes, goes or changes, until Ctrl-C",
+             "", "", "--watch", "", "--json"},
+            {"--demo", "SECONDS", orDefault(number(options->demoSeconds, 0.001, 3600)),
+             "With --watch: let simulated devices come, change and go, a step every SECONDS",
+             "seconds", "1", "--watch --demo 0.5", "--watch"},
+        }},
+        libraryOptions(options->library),
+    };
+    command.run = [options] { return runDevices(*options); };
+    return command;
+}
+
+const char* const objectHelp =
+    "system; a device by its number in `kvx devices`, its name, a part of its name, or its UID; id:N or stream:N";
+const char* const selectorHelp =
+    "Up to four characters (nsrt), a number (0x6E737274), or the library's name for it "
+    "(kAudioDevicePropertyNominalSampleRate)";
+
+OptionGroup addressOptions(PropertyOptions& options)
+{
+    return {"Part of the object", {
+        {"--scope", "S", text(options.scope),
+         "global, output, input, playthrough, or four characters", "", "global", "--scope output"},
+        {"--element", "N", text(options.element),
+         "0: all channels, 1: the first channel", "", "0", "--element 1"},
+    }};
+}
+
+Command getCommand()
+{
+    const auto options = std::make_shared<PropertyOptions>();
+    Command command = {"get", "Read a property of a device, a stream or the system",
+                       "OBJECT [SELECTOR [VALUE...]]", "kvx get {} 0 nsrt"};
+    command.groups = {
+        {"Arguments", {
+            {"OBJECT", "", text(options->object),
+             objectHelp, "", "", "kvx get simulated", "", "", true},
+            {"SELECTOR", "", text(options->selector),
+             std::string(selectorHelp) + "; without SELECTOR, all properties", "", "", "kvx get 0 nsrt"},
+            {"VALUE", "", texts(options->value),
+             "The value to convert or check, for properties that do so (v2db, sfm?, sscn)",
+             "", "", "kvx get 0 v2db 0.5 --element 1"},
+        }},
+        {"Output", {
+            {"--hex", "", flag(options->isHex),
+             "Print and read values as hexadecimal bytes", "", "", "--hex"},
+        }},
+        addressOptions(*options),
+        libraryOptions(options->library),
+    };
+    command.run = [options] { return runGet(*options); };
+    return command;
+}
+
+Command setCommand()
+{
+    const auto options = std::make_shared<PropertyOptions>();
+    Command command = {"set",
+                       "Write a property and print its new value; exit code 1 if the new value is not VALUE. "
+                       "Simulated devices live as long as the command",
+                       "OBJECT SELECTOR VALUE...", "kvx set {} 0 nsrt 48000"};
+    command.groups = {
+        {"Arguments", {
+            {"OBJECT", "", text(options->object),
+             objectHelp, "", "", "kvx set simulated nsrt 48000", "", "", true},
+            {"SELECTOR", "", text(options->selector),
+             selectorHelp, "", "", "kvx set 0 nsrt 48000", "", "", true},
+            {"VALUE", "", texts(options->value),
+             "As `kvx get` prints it: 0.5, yes, 'spkr', rate=48000,channels=2; devices by name or ID",
+             "", "", "kvx set 0 nsrt 48000", "", "", true},
+        }},
+        {"Input", {
+            {"--hex", "", flag(options->isHex),
+             "VALUE is hexadecimal bytes", "", "", "kvx set --hex 0 volm 0000003f --element 1"},
+        }},
+        addressOptions(*options),
+        libraryOptions(options->library),
+    };
+    command.run = [options] { return runSet(*options); };
+    return command;
+}
+
+Command tuneCommand()
+{
+    struct Options {
+        std::string path;
+        bool isQuiet = false;
+    };
+    const auto options = std::make_shared<Options>();
+    Command command = {"tune", "Write a short tune to a WAV file", "OUT.wav", "kvx tune {} out.wav"};
+    command.groups = {
+        {"Arguments", {
+            {"OUT.wav", "", text(options->path),
+             "The file to write", "", "", "kvx tune out.wav", "", "", true},
+        }},
+        {"Output", {quietOption(options->isQuiet)}},
+    };
+    command.run = [options] {
+        writeTune(options->path);
+        if (!options->isQuiet) fmt::print("{}\n", plainText(options->path));
+        return 0;
+    };
+    return command;
+}
+
+Command helpCommand()
+{
+    const auto name = std::make_shared<std::string>();
+    Command command = {"help", "Print the help of a command, as `kvx COMMAND --help` does", "[COMMAND]", "kvx help {}"};
+    command.groups = {
+        {"Arguments", {
+            {"COMMAND", "", text(*name),
+             "The command to explain; without COMMAND, the program", "", "", "play"},
+        }},
+    };
+    command.run = [name] {
+        const std::vector<Command> commands = allCommands();
+        const auto found = std::find_if(commands.begin(), commands.end(),
+                                        [&](const Command& each) { return each.name == *name; });
+        if (!name->empty() && found == commands.end())
+            throw WrongUsage(noCommand(*name, commands) + "; `kvx help` lists the commands");
+        printHelp(found == commands.end() ? program() : *found);
+        return 0;
+    };
+    return command;
+}
+
+// clang-format on
+
+/// The options of every command.
+OptionGroup generalOptions()
+{
+    const Target help = {Target::Kind::flag, {}}; // parse() obeys this option without reading it
+    return {"General", {{"-h,--help", "", help, "Print this help", "", "", ""}}};
+}
+
+} // namespace
+
+std::vector<Command> allCommands()
+{
+    std::vector<Command> commands = {playCommand(),        renderCommand(), classesCommand(),
+                                     devicesCommand(),     getCommand(),    setCommand(),
+                                     soundStreamCommand(), tuneCommand(),   helpCommand()};
+    for (Command& command : commands) command.groups.push_back(generalOptions());
+    return commands;
+}
+
+Command program()
+{
+    Command program = {
+        "",
+        "Plays and renders sound files through KVXAudio.so, and shows the library's classes, the "
+        "audio devices and their properties.",
+        "COMMAND", "kvx {}"};
+    program.groups = {generalOptions()};
+    program.notes = {
+        "`kvx help COMMAND` explains a command.",
+        "Exit codes: 0 success, 1 failure or a file played in part, 2 wrong usage, 128 + n ended by "
+        "signal n: 130 by Ctrl-C, 143 by a request to end, 129 by a closed terminal."};
+    return program;
+}
+
+void printHelp(const Command& command)
+{
+    const std::size_t columns = terminalWidth(STDOUT_FILENO);
+    const std::string text =
+        helpText(command, allCommands(), columns == 0 ? plainWidth : std::min(columns, widestHelp));
+    std::fputs(text.c_str(), stdout);
+}
+
+} // namespace kvx
