@@ -35,7 +35,8 @@ void countCalls(int times, Object& object, Use use)
 
 void render(int channels)
 {
-    bench::SliceRenderer slice(bench::testSignal(channels), channels, 44100, 48000, 512);
+    bench::SliceRenderer slice(bench::testSignal(channels), channels, 44100, 48000, 512,
+                               static_cast<std::uint32_t>(channels));
     countCalls(500, slice, [](bench::SliceRenderer& each) { each.render(); });
 }
 

@@ -12,6 +12,7 @@
 namespace {
 
 constexpr std::uint32_t frames = 512;
+constexpr std::uint32_t manyChannels = 8;
 
 struct Conversion {
     float from, to;
@@ -24,13 +25,62 @@ bool isAtEnd(double position, double step) { return position + (frames + 2) * st
 
 void countFrames(benchmark::State& state) { state.SetItemsProcessed(state.iterations() * frames); }
 
-void ours(benchmark::State& state, Conversion conversion)
+void renderSlices(benchmark::State& state, const Conversion& conversion, std::uint32_t outputChannels)
 {
     bench::SliceRenderer slice(bench::testSignal(conversion.channels), conversion.channels, conversion.from,
-                               conversion.to, frames);
+                               conversion.to, frames, outputChannels);
     bench::repeat(state, [&] {
         slice.render();
         return slice.out.data();
+    });
+    countFrames(state);
+}
+
+void ours(benchmark::State& state, Conversion conversion)
+{
+    renderSlices(state, conversion, static_cast<std::uint32_t>(conversion.channels));
+}
+
+/// Render into a buffer with many channels: mono data to all of them, stereo data to the first two.
+void intoManyChannels(benchmark::State& state, Conversion conversion)
+{
+    renderSlices(state, conversion, manyChannels);
+}
+
+/// Write samples with a plain loop to the same slots as intoManyChannels().
+void writePlainly(const std::vector<float>& samples, int channels, std::vector<float>& out)
+{
+    std::size_t slots = manyChannels;
+    benchmark::DoNotOptimize(slots); // the player does not know the number either when it is compiled
+    if (channels == 1)
+        for (std::size_t i = 0; i < frames; ++i)
+            for (std::size_t c = 0; c < slots; ++c) out[i * slots + c] = samples[i];
+    else
+        for (std::size_t i = 0; i < frames; ++i)
+            for (std::size_t c = 0; c < 2; ++c) out[i * slots + c] = samples[2 * i + c];
+}
+
+void plainLoop(benchmark::State& state, Conversion conversion)
+{
+    const std::vector<float>& input = bench::testSignal(conversion.channels);
+    std::vector<float> out(frames * manyChannels);
+    bench::repeat(state, [&] {
+        writePlainly(input, conversion.channels, out);
+        return out.data();
+    });
+    countFrames(state);
+}
+
+/// Render as ours() does, then write the samples with a plain loop.
+void oursThenPlainLoop(benchmark::State& state, Conversion conversion)
+{
+    bench::SliceRenderer slice(bench::testSignal(conversion.channels), conversion.channels, conversion.from,
+                               conversion.to, frames, static_cast<std::uint32_t>(conversion.channels));
+    std::vector<float> out(frames * manyChannels);
+    bench::repeat(state, [&] {
+        slice.render();
+        writePlainly(slice.out, conversion.channels, out);
+        return out.data();
     });
     countFrames(state);
 }
@@ -86,6 +136,10 @@ const bool registered = [] {
                                      int{SRC_LINEAR});
         benchmark::RegisterBenchmark(name(conversion, "libsamplerate zero-order hold").c_str(), samplerate,
                                      conversion, int{SRC_ZERO_ORDER_HOLD});
+        benchmark::RegisterBenchmark(name(conversion, "8 channels").c_str(), intoManyChannels, conversion);
+        benchmark::RegisterBenchmark(name(conversion, "plain loop").c_str(), plainLoop, conversion);
+        benchmark::RegisterBenchmark(name(conversion, "ours and plain loop").c_str(), oursThenPlainLoop,
+                                     conversion);
     }
     return true;
 }();

@@ -24,6 +24,15 @@ const std::vector<Subject>& subjects()
             {"",                          "render/stereo 22050 to 44100/ours", "render/stereo 22050 to 44100/libsamplerate zero-order hold", "libsamplerate zero-order hold", Ratio::speed},
             {"",                          "render/stereo 22050 to 44100/ours", "render/stereo 22050 to 44100/one value at a time",           "scalar code",                   Ratio::speed, 2,   1, "render stereo 22.05 plain"},
         }},
+        {"Many channels", "A slice of the buffered player, as above, into a buffer with 8 channels: mono data is written to all of them, stereo data to "
+                          "the first two. The peer renders into a buffer with the data's channels, then writes the same slots with a plain loop.", {
+            {"mono, 44.1 to 48 kHz",      "render/mono 44100 to 48000/8 channels",   "render/mono 44100 to 48000/ours and plain loop",   "rendering and plain loop", Ratio::duration, 1, 1, "8 channels mono",         "Render, mono into 8 channels / rendering and plain loop"},
+            {"",                          "render/mono 44100 to 48000/8 channels",   "render/mono 44100 to 48000/plain loop",            "plain loop alone",         Ratio::duration},
+            {"stereo, 44.1 to 48 kHz",    "render/stereo 44100 to 48000/8 channels", "render/stereo 44100 to 48000/ours and plain loop", "rendering and plain loop", Ratio::duration, 1, 1, "8 channels stereo",       "Render, stereo into 8 channels / rendering and plain loop"},
+            {"",                          "render/stereo 44100 to 48000/8 channels", "render/stereo 44100 to 48000/plain loop",          "plain loop alone",         Ratio::duration},
+            {"mono, 22.05 to 44.1 kHz",   "render/mono 22050 to 44100/8 channels",   "render/mono 22050 to 44100/ours and plain loop",   "rendering and plain loop", Ratio::duration, 1, 1, "8 channels mono 22.05"},
+            {"stereo, 22.05 to 44.1 kHz", "render/stereo 22050 to 44100/8 channels", "render/stereo 22050 to 44100/ours and plain loop", "rendering and plain loop", Ratio::duration, 1, 1, "8 channels stereo 22.05"},
+        }},
         {"Conversion", "Samples of a memory block, converted to 1 MiB of 32-bit floats. The peer copies 1 MiB; all data fits into the cache.", {
             {"8 bits, signed (BitSize 7)",    "conversion/7 bits",           "conversion/memcpy", "memcpy", Ratio::duration, 1.5, 1, "conversion 7"},
             {"8 bits, unsigned (8)",          "conversion/8 bits",           "conversion/memcpy", "memcpy", Ratio::duration, 1.5, 1, "conversion 8"},

@@ -9,10 +9,11 @@ namespace bench {
 
 struct SliceRenderer {
     /// Make a renderer for `data`.
-    /// Shape  `data` and the output are interleaved and have `channels` channels.
+    /// Shape  `data` is interleaved and has `channels` channels; the output has `outputChannels` channels.
     /// Units  `from` and `to` are the sample rates of data and device in Hz; `frames` is the size of a slice.
     /// Owner  the caller owns `data`, which outlives the renderer and stays unchanged.
-    SliceRenderer(const std::vector<float>& data, int channels, double from, double to, std::uint32_t frames);
+    SliceRenderer(const std::vector<float>& data, int channels, double from, double to, std::uint32_t frames,
+                  std::uint32_t outputChannels);
 
     /// The number of input frames per output frame.
     double step() const { return double{player.sampleRate} / player.deviceSampleRate; }

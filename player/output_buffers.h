@@ -3,10 +3,11 @@
 // All functions: [audio].
 #pragma once
 
-#include "player/integer_to_float.h"
-
 #include <CoreAudio/CoreAudio.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 namespace player {
@@ -34,71 +35,72 @@ public:
     /// Write one mono frame to all channels of every buffer.
     void writeMono(UInt32 frame, float value)
     {
-        for (UInt32 b = 0; b < list_.mNumberBuffers; ++b)
-            for (UInt32 c = 0; c < list_.mBuffers[b].mNumberChannels; ++c)
-                write(list_.mBuffers[b], frame, c, value);
+        for (UInt32 b = 0; b < list_.mNumberBuffers; ++b) writeMono(list_.mBuffers[b], frame, value);
     }
 
     /// Write one stereo frame to the first two channels of every buffer.
     void writeStereo(UInt32 frame, float left, float right)
     {
-        for (UInt32 b = 0; b < list_.mNumberBuffers; ++b) writePair(list_.mBuffers[b], frame, left, right);
+        const float pair[] = {left, right};
+        for (UInt32 b = 0; b < list_.mNumberBuffers; ++b) writeStereo(list_.mBuffers[b], frame, pair);
     }
 
-    /// Write `frames` mono frames to all channels of every buffer, beginning at frame `first`.
-    void writeMono(UInt32 first, UInt32 frames, const float* values)
-    {
-        for (UInt32 b = 0; b < list_.mNumberBuffers; ++b)
-            if (float* mono = framesIn(list_.mBuffers[b], 1, first, frames))
-                std::memcpy(mono, values, frames * sizeof(float));
-            else if (float* pairs = framesIn(list_.mBuffers[b], 2, first, frames))
-                interleave(values, values, frames, pairs);
-            else
-                for (UInt32 i = 0; i < frames; ++i)
-                    for (UInt32 c = 0; c < list_.mBuffers[b].mNumberChannels; ++c)
-                        write(list_.mBuffers[b], first + i, c, values[i]);
-    }
+    /// Write `frames` mono frames, at least one, to all channels of every buffer, beginning at frame `first`.
+    void writeMono(UInt32 first, UInt32 frames, const float* values);
 
-    /// Write `frames` interleaved stereo frames to the first two channels of every buffer, beginning at frame
-    /// `first`.
-    void writeStereo(UInt32 first, UInt32 frames, const float* values)
-    {
-        for (UInt32 b = 0; b < list_.mNumberBuffers; ++b)
-            if (float* pairs = framesIn(list_.mBuffers[b], 2, first, frames))
-                std::memcpy(pairs, values, 2 * frames * sizeof(float));
-            else
-                for (UInt32 i = 0; i < frames; ++i)
-                    writePair(list_.mBuffers[b], first + i, values[2 * i], values[2 * i + 1]);
-    }
+    /// Write `frames` interleaved stereo frames, at least one, to the first two channels of every buffer,
+    /// beginning at frame `first`.
+    void writeStereo(UInt32 first, UInt32 frames, const float* values);
 
     /// Return the address for rendering stereo directly into the output, from frame `first` on. Returns null
     /// unless the output is a single buffer with two channels and enough memory.
     float* directStereo(UInt32 first, UInt32 frames)
     {
-        return list_.mNumberBuffers == 1 ? framesIn(list_.mBuffers[0], 2, first, frames) : nullptr;
+        const bool isPairs = list_.mNumberBuffers == 1 && list_.mBuffers[0].mNumberChannels == 2;
+        return isPairs ? addressOf(list_.mBuffers[0], 2, first, frames) : nullptr;
     }
 
 private:
-    /// Return the address of frame `first` in `buffer`. Returns null unless the buffer has exactly `channels`
-    /// channels and memory for all `frames` frames.
-    static float* framesIn(AudioBuffer& buffer, UInt32 channels, UInt32 first, UInt32 frames)
+    /// The number of samples in a stereo frame that a buffer takes. A buffer with one channel takes the left
+    /// sample.
+    static UInt32 stereoSamples(const AudioBuffer& buffer) { return buffer.mNumberChannels == 1 ? 1 : 2; }
+
+    /// Return the address of frame `first` in `buffer`. Returns null unless the first `samples` samples of
+    /// all `frames` frames are inside the buffer.
+    static float* addressOf(const AudioBuffer& buffer, UInt32 samples, UInt32 first, UInt32 frames)
     {
-        const std::uint64_t end = (std::uint64_t{first} + frames) * channels * sizeof(float);
-        if (!buffer.mData || buffer.mNumberChannels != channels || end > buffer.mDataByteSize) return nullptr;
-        return static_cast<float*>(buffer.mData) + std::size_t{first} * channels;
+        const std::uint64_t last = std::uint64_t{first} + frames - 1;
+        const std::uint64_t end = last * buffer.mNumberChannels + samples;
+        if (!buffer.mData || end > buffer.mDataByteSize / sizeof(float)) return nullptr;
+        return static_cast<float*>(buffer.mData) + std::size_t{first} * buffer.mNumberChannels;
     }
 
-    static void writePair(AudioBuffer& buffer, UInt32 frame, float left, float right)
+    /// The samples of a frame that are inside its buffer.
+    struct Samples {
+        float* address;
+        std::size_t count;
+    };
+
+    /// Return the part of the first `samples` samples of a frame that is inside the buffer.
+    static Samples samplesInside(const AudioBuffer& buffer, UInt32 frame, UInt32 samples)
     {
-        write(buffer, frame, 0, left);
-        if (buffer.mNumberChannels != 1) write(buffer, frame, 1, right);
+        const std::uint64_t start = std::uint64_t{frame} * buffer.mNumberChannels;
+        const std::uint64_t size = buffer.mDataByteSize / sizeof(float);
+        if (!buffer.mData || start >= size) return {};
+        return {static_cast<float*>(buffer.mData) + static_cast<std::size_t>(start),
+                static_cast<std::size_t>(std::min<std::uint64_t>(samples, size - start))};
     }
 
-    static void write(AudioBuffer& buffer, UInt32 frame, UInt32 channel, float value)
+    static void writeMono(AudioBuffer& buffer, UInt32 frame, float value)
     {
-        const std::uint64_t index = std::uint64_t{frame} * buffer.mNumberChannels + channel;
-        if (buffer.mData && index < buffer.mDataByteSize / sizeof(float))
-            static_cast<float*>(buffer.mData)[index] = value;
+        const Samples inside = samplesInside(buffer, frame, buffer.mNumberChannels);
+        for (std::size_t i = 0; i < inside.count; ++i) inside.address[i] = value;
+    }
+
+    static void writeStereo(AudioBuffer& buffer, UInt32 frame, const float* pair)
+    {
+        const Samples inside = samplesInside(buffer, frame, stereoSamples(buffer));
+        for (std::size_t i = 0; i < inside.count; ++i) inside.address[i] = pair[i];
     }
 
     AudioBufferList& list_;

@@ -3,8 +3,11 @@
 #include "tests/player/fresh_platform.h"
 #include "tests/player/player_object.h"
 #include "tests/player/slice.h"
+#include "tests/support/reference_player.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace {
 
@@ -196,6 +199,55 @@ TEST_F(PlayerBufferLists, ASliceEndsInSilenceWhenTheQueueRunsEmpty)
     test::runCycle(stereo, inStereo);
     EXPECT_EQ(inStereo.floats(0), (Floats{1, 2, before, 3, 4, before, s, s, before, s, s, before}));
     EXPECT_EQ(stereo->outputPosition, 4.0);
+}
+
+/// Expect that a player writes the same bytes as the reference player into two buffers. The first buffer has
+/// `channels` channels and 11 frames; the second one has `bytes` bytes. The data has half the device's
+/// rate and three parts, so one span begins at the start of the slice and another one at frame 6.
+void expectSameBytes(std::int32_t dataChannels, std::uint32_t channels, std::uint32_t bytes, bool isAbsent)
+{
+    const PlayerObject object;
+    reference::Player plain;
+    for (const std::size_t frames : {2u, 1u, 3u}) {
+        Floats samples(frames * static_cast<std::size_t>(dataChannels));
+        for (float& sample : samples) sample = static_cast<float>(&sample - samples.data()) + 0.25f;
+        ASSERT_TRUE(object.add(samples));
+        plain.waiting.push_back(samples);
+    }
+    object->numberOfChannels = plain.numberOfChannels = dataChannels;
+    object->sampleRate = plain.sampleRate = 22050;
+    device_spy::reset();
+    ASSERT_TRUE(object.start());
+    plain.start(44100);
+
+    const std::vector<BufferLayout> layouts = {layout(std::max(channels, 1u), 11),
+                                               {channels, bytes, isAbsent}};
+    Slice slice(layouts);
+    reference::Slice expected = {{}, layouts.size()};
+    for (const BufferLayout& each : layouts)
+        expected.buffers.push_back(
+            {each.channels, std::vector<unsigned char>(each.bytes, Slice::before), each.isAbsent});
+    test::runCycle(object, slice);
+    plain.render(expected);
+    for (std::size_t b = 0; b < layouts.size(); ++b)
+        EXPECT_EQ(slice.bytes(b), expected.buffers[b].bytes) << "buffer " << b;
+    EXPECT_TRUE(slice.isIntact()) << "nothing outside the buffers is written";
+    EXPECT_EQ(object->outputPosition, plain.position);
+    EXPECT_EQ(object->baseSampleIndex, plain.base);
+}
+
+TEST_F(PlayerBufferLists, EveryChannelCountIsWrittenUpToEveryEndOfABuffer)
+{
+    for (const std::int32_t dataChannels : {1, 2})
+        for (std::uint32_t channels = 0; channels <= 9; ++channels)
+            // Up to one frame more than the slice; every second buffer ends inside a sample.
+            for (std::uint32_t bytes = 0; bytes <= 12 * 4 * channels + 10; bytes += 2) {
+                SCOPED_TRACE(::testing::Message() << "data of " << dataChannels << " channels, buffer of "
+                                                  << channels << " channels and " << bytes << " bytes");
+                expectSameBytes(dataChannels, channels, bytes, false);
+                if (bytes == 40) expectSameBytes(dataChannels, channels, bytes, true);
+                if (HasFailure()) return;
+            }
 }
 
 } // namespace

@@ -118,13 +118,13 @@ private:
 
     std::vector<test::BufferLayout> layouts()
     {
-        const std::uint32_t usual[] = {1, 2, 2, 2, 6, 3};
+        const std::uint32_t usual[] = {1, 2, 2, 2, 6, 3, 4, 8};
         const auto frames = static_cast<std::uint32_t>(below(4) ? below(33) : below(3));
-        std::vector<test::BufferLayout> list = {test::layout(usual[below(6)], frames)};
+        std::vector<test::BufferLayout> list = {test::layout(usual[below(8)], frames)};
         if (chance(30)) list[0].channels = 0;
         if (chance(20)) list[0].bytes += static_cast<std::uint32_t>(below(4));
         for (int more = chance(3) ? below(3) : 0; more > 0; --more) {
-            test::BufferLayout other = test::layout(static_cast<std::uint32_t>(below(4)), frames);
+            test::BufferLayout other = test::layout(static_cast<std::uint32_t>(below(10)), frames);
             if (chance(3)) other.bytes = static_cast<std::uint32_t>(below(140));
             list.push_back(other);
         }
