@@ -82,32 +82,34 @@ void Capture::write(const float* samples, std::uint32_t frames, const Form& form
     if (isEmpty) hasChanged_ = false;
     if (!(form == form_)) hasChanged_ = true;
     if (hasChanged_ || failure_.load(std::memory_order_relaxed) != 0) return;
-    std::size_t left = std::size_t{frames} * form.channels;
-    const std::uint64_t unwritten =
-        written_.load(std::memory_order_relaxed) - taken_.load(std::memory_order_acquire);
-    if (!mayWait && left > ring_.size() - static_cast<std::size_t>(unwritten)) {
+    const std::size_t count = std::size_t{frames} * form.channels;
+    mayWait ? writeThrough(samples, count) : append(samples, count);
+}
+
+void Capture::writeThrough(const float* samples, std::size_t count)
+{
+    const std::lock_guard<std::mutex> writing(writing_);
+    while (writeSpan()) {
+    }
+    failure_ = file_.write(samples, count);
+    written_ += count;
+    taken_ += count;
+}
+
+void Capture::append(const float* samples, std::size_t count)
+{
+    const std::uint64_t written = written_.load(std::memory_order_relaxed);
+    const auto unwritten = static_cast<std::size_t>(written - taken_.load(std::memory_order_acquire));
+    if (count > ring_.size() - unwritten) {
         // The whole slice is lost, because half a frame would swap the channels of all later frames.
         hasLost_ = true;
         return;
     }
-    while (left) {
-        const std::uint64_t written = written_.load(std::memory_order_relaxed);
-        const std::uint64_t used = written - taken_.load(std::memory_order_acquire);
-        const std::size_t start = written % ring_.size();
-        const std::size_t span =
-            std::min({left, ring_.size() - static_cast<std::size_t>(used), ring_.size() - start});
-        if (!span) {
-            wake_.raise();
-            std::this_thread::yield();
-            continue;
-        }
-        std::memcpy(&ring_[start], samples, span * sizeof(float));
-        samples += span;
-        left -= span;
-        written_.store(written + span, std::memory_order_release);
-    }
-    if (written_.load(std::memory_order_relaxed) - taken_.load(std::memory_order_relaxed) >= samplesPerWrite)
-        wake_.raise();
+    const std::size_t start = written % ring_.size(), beforeEnd = std::min(count, ring_.size() - start);
+    std::copy_n(samples, beforeEnd, ring_.begin() + static_cast<std::ptrdiff_t>(start));
+    std::copy(samples + beforeEnd, samples + count, ring_.begin());
+    written_.store(written + count, std::memory_order_release);
+    if (unwritten + count >= samplesPerWrite) wake_.raise();
 }
 
 std::size_t Capture::writeSpan()
@@ -127,6 +129,7 @@ void Capture::run()
     for (bool isLast = false; !isLast;) {
         isLast = isEnding_.load(std::memory_order_acquire);
         if (!isLast) wake_.waitFor(pollNanos);
+        const std::lock_guard<std::mutex> writing(writing_);
         while (writeSpan()) {
         }
     }

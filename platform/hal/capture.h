@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -31,9 +32,9 @@ public:
     ~Capture();
 
     /// Append one interleaved slice. If the file has samples, a slice of another form ends the file.
-    /// If the ring buffer is full and `mayWait` is set, write() waits for the writer thread; without
-    /// `mayWait` it drops the slice, and finish() reports the gap. Allocates nothing. One call at a time.
-    /// [audio]
+    /// With `mayWait` set, write() writes the slice to the file itself. Without `mayWait` the background
+    /// thread does; if its ring buffer is full, the slice is dropped, and finish() reports the gap. Allocates
+    /// nothing. One call at a time. [audio]
     void write(const float* samples, std::uint32_t frames, const Form& form, bool mayWait);
 
     /// Write the samples that are still in the ring buffer, close the file and give the file its final name.
@@ -47,7 +48,11 @@ public:
 
 private:
     Capture() = default;
+    void writeThrough(const float* samples, std::size_t count);
+    void append(const float* samples, std::size_t count);
     void run();
+    /// Write a span of the ring buffer to the file. Returns its number of samples. The caller holds
+    /// `writing_`.
     std::size_t writeSpan();
     void discard();
 
@@ -59,6 +64,7 @@ private:
     std::atomic<std::uint64_t> written_{0}, taken_{0};
     std::atomic<bool> isEnding_{false}, hasLost_{false}, hasChanged_{false};
     std::atomic<int> failure_{0}; ///< errno of the first failed file write; 0 without a failure
+    std::mutex writing_;          ///< held during a file write; write() locks it only with `mayWait`
     Signal wake_;
     std::thread thread_;
     bool isFinished_ = false;

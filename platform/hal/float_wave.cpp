@@ -9,6 +9,8 @@ namespace {
 
 constexpr std::uint32_t floatTag = 3, extensibleTag = 0xFFFE;
 constexpr std::uint32_t sampleBytes = sizeof(float);
+// Size of the file's buffer. It stays in the near processor caches, and makes one system call of many slices.
+constexpr std::size_t bufferBytes = 1u << 17;
 
 // The bytes of the WAV sub-format identifier after its format tag.
 constexpr unsigned char subFormatTail[] = {0, 0, 0, 0, 0x10, 0, 0x80, 0, 0, 0xAA, 0, 0x38, 0x9B, 0x71};
@@ -68,8 +70,10 @@ int FloatWave::writeHeader(std::uint64_t samples)
 
 int FloatWave::create(const std::string& path, std::uint32_t sampleRate, std::uint32_t channels)
 {
+    buffer_.resize(bufferBytes);
     file_.reset(std::fopen(path.c_str(), "wxe"));
     if (!file_) return error_ = errno;
+    std::setvbuf(file_.get(), buffer_.data(), _IOFBF, buffer_.size());
     sampleRate_ = sampleRate;
     channels_ = channels;
     constexpr std::uint64_t unknown = std::uint64_t{1} << 60;

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace kvxplatform::hal {
 
@@ -33,6 +34,7 @@ private:
     };
     int writeHeader(std::uint64_t samples);
 
+    std::vector<char> buffer_; ///< buffer of the file, which outlives the file
     std::unique_ptr<std::FILE, Close> file_;
     std::uint32_t sampleRate_ = 0, channels_ = 0;
     std::uint64_t samples_ = 0;

@@ -30,7 +30,7 @@ Procedure::Body noise()
 
 TEST(Capture, EqualsTheOutput)
 {
-    // The last capture has more frames than the ring buffer.
+    // The last capture has more samples than the ring buffer, which a stepped device does not use.
     const struct {
         double rate;
         uint32_t channels, slice, frames;
