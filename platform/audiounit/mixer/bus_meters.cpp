@@ -18,6 +18,7 @@ bool isAverage(Level which) { return which == Level::preAverage || which == Leve
 void BusMeters::prepare(UInt32 channels, Float64 sampleRate)
 {
     for (auto& stage : meters_) stage.assign(std::min(channels, meteredChannels), LevelMeter(sampleRate));
+    isEqual_ = true;
     isMeasuring_ = false;
     publishSilence();
 }
@@ -43,24 +44,36 @@ void BusMeters::begin(bool isReset)
     // The levels become silence again here because the last measured slice may have overwritten the silence
     // that setEnabled() published.
     if (wasMeasuring && !isMeasuring_) publishSilence();
-    if (isMeasuring_ && (!wasMeasuring || isReset))
-        for (auto& stage : meters_)
-            for (LevelMeter& meter : stage) meter.reset();
+    if (!isMeasuring_ || (wasMeasuring && !isReset)) return;
+    isEqual_ = true;
+    for (LevelMeter& meter : meters_[0]) meter.reset();
 }
 
 void BusMeters::measure(Stage stage, const AudioBufferList& list, UInt32 frames)
 {
     if (!isMeasuring_) return;
-    auto& meters = meters_[static_cast<int>(stage)];
-    for (std::size_t i = 0; i < meters.size(); ++i)
-        meters[i].measure(static_cast<const Float32*>(list.mBuffers[i].mData), frames);
+    if (isEqual_) meters_[1] = meters_[0];
+    isEqual_ = false;
+    measureAt(static_cast<int>(stage), list, frames);
+}
+
+void BusMeters::measureBoth(const AudioBufferList& list, UInt32 frames)
+{
+    if (!isMeasuring_) return;
+    for (int stage = 0; stage < distinctStages(); ++stage) measureAt(stage, list, frames);
 }
 
 void BusMeters::measureSilence(UInt32 frames)
 {
     if (!isMeasuring_) return;
-    for (auto& stage : meters_)
-        for (LevelMeter& meter : stage) meter.measureSilence(frames);
+    for (int stage = 0; stage < distinctStages(); ++stage)
+        for (LevelMeter& meter : meters_[stage]) meter.measureSilence(frames);
+}
+
+void BusMeters::measureAt(int stage, const AudioBufferList& list, UInt32 frames)
+{
+    for (std::size_t i = 0; i < meters_[stage].size(); ++i)
+        meters_[stage][i].measure(static_cast<const Float32*>(list.mBuffers[i].mData), frames);
 }
 
 void BusMeters::publish()
@@ -70,10 +83,11 @@ void BusMeters::publish()
         levels_[indexOf(which, static_cast<UInt32>(channel))].store(value, std::memory_order_relaxed);
     };
     for (std::size_t i = 0; i < meters_[0].size(); ++i) {
-        set(Level::preAverage, i, meters_[0][i].averagePower());
-        set(Level::prePeak, i, meters_[0][i].peak());
-        set(Level::postAverage, i, meters_[1][i].averagePower());
-        set(Level::postPeak, i, meters_[1][i].peak());
+        const Float32 average = meters_[0][i].averagePower(), peak = meters_[0][i].peak();
+        set(Level::preAverage, i, average);
+        set(Level::prePeak, i, peak);
+        set(Level::postAverage, i, isEqual_ ? average : meters_[1][i].averagePower());
+        set(Level::postPeak, i, isEqual_ ? peak : meters_[1][i].peak());
     }
 }
 

@@ -33,20 +33,27 @@ public:
     /// [any]
     Float32 level(Level which, UInt32 channel) const;
 
-    // Each slice calls, in this order: begin(); measure() for both stages, or measureSilence(), which serves
-    // both; publish(). These functions do nothing while the meters are disabled.
-    // All functions: [audio & rendering].
+    // Each slice calls, in this order: begin(); measure() for both stages, or measureBoth() or
+    // measureSilence(), which serve both; publish(). These functions do nothing while the meters are
+    // disabled. All functions: [audio & rendering].
 
     void begin(bool isReset);
     void measure(Stage stage, const AudioBufferList& list, UInt32 frames);
+    /// Measure samples that the fader does not change.
+    void measureBoth(const AudioBufferList& list, UInt32 frames);
     void measureSilence(UInt32 frames);
     void publish();
 
 private:
     void publishSilence();
+    int distinctStages() const { return isEqual_ ? 1 : 2; }
+    void measureAt(int stage, const AudioBufferList& list, UInt32 frames);
 
     std::vector<LevelMeter> meters_[2]; ///< one meter per channel, for each of the two stages
-    bool isMeasuring_ = false;          ///< whether the present slice is measured
+    /// Whether the fader has changed no sample since the last reset. Then the first stage's meters serve
+    /// both.
+    bool isEqual_ = true;
+    bool isMeasuring_ = false; ///< whether the present slice is measured
 
     std::atomic<bool> isEnabled_{false};
     /// Published levels, as power or amplitude.

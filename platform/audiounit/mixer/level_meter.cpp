@@ -13,31 +13,25 @@ struct Measurement {
     Float32 peak;
 };
 
-// Eight separate sums and peaks become SIMD lanes. With a single sum each frame would wait for the frame
-// before it.
+// Separate sums and peaks become SIMD lanes. With a single sum each frame would wait for the frame before it;
+// more lanes than four need more registers than the processor has.
 Measurement measurementOf(const Float32* samples, UInt32 frames)
 {
-    constexpr UInt32 lanes = 8;
+    constexpr UInt32 lanes = 4;
     double energies[lanes] = {};
     Float32 peaks[lanes] = {};
+    const auto add = [&](UInt32 lane, Float32 sample) {
+        const Float32 magnitude = std::fabs(sample);
+        energies[lane] += double{sample} * double{sample};
+        // The comparison is false for a NaN, so the peak ignores it.
+        peaks[lane] = magnitude > peaks[lane] ? magnitude : peaks[lane];
+    };
     UInt32 frame = 0;
     for (; frame + lanes <= frames; frame += lanes)
-        for (UInt32 lane = 0; lane < lanes; ++lane) {
-            const Float32 sample = samples[frame + lane], magnitude = std::fabs(sample);
-            energies[lane] += double{sample} * double{sample};
-            // The comparison is false for a NaN, so the peak ignores it.
-            peaks[lane] = magnitude > peaks[lane] ? magnitude : peaks[lane];
-        }
-    Measurement all = {0, 0};
-    for (; frame < frames; ++frame) {
-        all.energy += double{samples[frame]} * double{samples[frame]};
-        all.peak = std::fmax(all.peak, std::fabs(samples[frame]));
-    }
-    for (UInt32 lane = 0; lane < lanes; ++lane) {
-        all.energy += energies[lane];
-        all.peak = std::fmax(all.peak, peaks[lane]);
-    }
-    return all;
+        for (UInt32 lane = 0; lane < lanes; ++lane) add(lane, samples[frame + lane]);
+    for (; frame < frames; ++frame) add(0, samples[frame]);
+    return {(energies[0] + energies[1]) + (energies[2] + energies[3]),
+            std::max(std::max(peaks[0], peaks[1]), std::max(peaks[2], peaks[3]))};
 }
 
 } // namespace

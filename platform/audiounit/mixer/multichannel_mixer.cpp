@@ -82,6 +82,7 @@ void finish(Bus& bus, UInt32 frames)
 /// Apply a bus's fader to samples in place, and measure the levels before and after the fader.
 void applyFader(Bus& bus, AudioBufferList& list, UInt32 frames)
 {
+    if (bus.fader.isUnity()) return bus.meters.measureBoth(list, frames);
     bus.meters.measure(Stage::preFader, list, frames);
     for (UInt32 i = 0; i < list.mNumberBuffers; ++i)
         applyGain(bus.fader, static_cast<Float32*>(list.mBuffers[i].mData), frames);

@@ -141,6 +141,31 @@ TEST(MixerLevels, AreMeasuredBeforeAndAfterTheFaders)
     EXPECT_EQ(mixer.level(postAverage), silent);
 }
 
+TEST(MixerLevels, AfterTheFaderIncludeTheSamplesBeforeAChangeOfVolume)
+{
+    Metered mixer(tone(2, 44100, 1000, 44100, 1), 44100);
+    mixer.rendering.play(4410, 441);
+    EXPECT_EQ(mixer.level(postAverage), mixer.level(preAverage)) << "volume 1 changes no sample";
+    EXPECT_EQ(mixer.level(postPeak), mixer.level(prePeak));
+
+    mixer.put(kMultiChannelMixerParam_Volume, 1, 0);
+    mixer.rendering.play(441, 441); // the volume ramps to 0
+    mixer.rendering.play(1764, 441);
+    EXPECT_NEAR(mixer.level(postPeak), 0, 0.05) << "the peak is held";
+    EXPECT_NEAR(mixer.level(postAverage), -3.01 - 3.01 + 0.5, 0.5) << "half of the 100 ms";
+    EXPECT_NEAR(mixer.level(preAverage), -3.01, 0.05);
+
+    mixer.put(kMultiChannelMixerParam_Volume, 1, 1);
+    mixer.rendering.play(441, 441); // the volume ramps to 1
+    mixer.rendering.play(2205, 441);
+    EXPECT_LT(mixer.level(postAverage), mixer.level(preAverage) - 1) << "40 ms of silence are in the window";
+
+    ASSERT_EQ(AudioUnitReset(mixer, 0, 0), noErr);
+    mixer.rendering.play(441, 441);
+    EXPECT_EQ(mixer.level(postAverage), mixer.level(preAverage)) << "a reset clears both levels";
+    EXPECT_NEAR(mixer.level(postAverage), -13.01, 0.1) << "10 ms of the 100 ms";
+}
+
 TEST(MixerLevels, HoldAPeakForASecondThenFall20DecibelsASecond)
 {
     for (const UInt32 slice : {64u, 1000u, 4096u}) {
