@@ -134,7 +134,10 @@ OSStatus RatePath::render(Unit& unit, Slice& slice, const RateRequest& request)
         done += renderSpan(input, planes_.data(), slice.frames - done);
         // Number of frames to keep before the position, because a crossfade to the input may begin there.
         const std::int64_t reach = active_ ? matchReach : 0;
-        const auto oldest = static_cast<std::int64_t>(std::floor(position())) - reach;
+        // floor() is a slow library call, and is only called for a fractional position.
+        const std::int64_t frame =
+            active_ ? static_cast<std::int64_t>(std::floor(active_->position())) : inputFrame_;
+        const std::int64_t oldest = frame - reach;
         const bool isFadingToInput = change_ == Change::fading && !next_;
         history_.forget(isFadingToInput ? std::min(oldest, inputFrame_) : oldest);
     }
