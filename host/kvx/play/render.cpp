@@ -15,6 +15,9 @@ namespace kvx {
 namespace {
 
 constexpr std::uint32_t stepFrames = 8192; // device frames between two checks for a signal of the user
+// Slice size of a rendering device, in frames. Longer slices cost less per frame; the latency does not
+// matter.
+constexpr std::uint32_t longSlice = 1024;
 
 constexpr Advice advice = {checkFileAndMemory,
                            "give a rate nearer to the file's with --device-rate, or choose another file"};
@@ -23,12 +26,14 @@ constexpr Advice advice = {checkFileAndMemory,
 /// object.
 class RenderDevice {
 public:
-    RenderDevice(double rate, int channels)
+    /// With `sliceFrames` 0 the device has the default slice size of simulated devices.
+    RenderDevice(double rate, int channels, std::uint32_t sliceFrames)
     {
         KVXSimulatedDevice description = {};
         description.name = "Render";
         description.sampleRate = rate;
         description.outputChannels = static_cast<std::uint32_t>(channels);
+        description.sliceFrames = sliceFrames;
         description.isStepped = 1;
         device_ = KVXPlatformAddSimulatedDevice(&description);
         if (!device_) throw Failure(KVXPlatformErrorText());
@@ -166,7 +171,8 @@ bool renderFile(host::Host& host, const RenderOptions& options, const PlaylistFi
     const int deviceChannels = deviceChannelsOf(options, channels);
     checkAgainstFile(options.player, file, channels, deviceChannels);
 
-    const RenderDevice device(rate, deviceChannels);
+    // A loop jumps at the end of a slice, so it keeps the usual slices.
+    const RenderDevice device(rate, deviceChannels, options.player.loop ? 0 : longSlice);
     FilePlayer player(host, core, advice);
     const std::int64_t loaded = loadFile(player, file, channels, options.player, progress);
     player.setDevice(device.info().device);
