@@ -69,13 +69,14 @@ const char* const selectorHelp =
     "Up to four characters (nsrt), a number (0x6E737274), or the library's name for it "
     "(kAudioDevicePropertyNominalSampleRate)";
 
-OptionGroup addressOptions(PropertyOptions& options)
+/// The options that choose a part of the object; `example` is an example of --element.
+OptionGroup addressOptions(PropertyOptions& options, const char* example)
 {
     return {"Part of the object", {
         {"--scope", "S", text(options.scope),
          "global, output, input, playthrough, or four characters", "", "global", "--scope output"},
         {"--element", "N", text(options.element),
-         "0: all channels, 1: the first channel", "", "0", "--element 1"},
+         "0: all channels, 1: the first channel", "", "0", example},
     }};
 }
 
@@ -87,7 +88,7 @@ Command getCommand()
     command.groups = {
         {"Arguments", {
             {"OBJECT", "", text(options->object),
-             objectHelp, "", "", "kvx get simulated", "", "", true},
+             objectHelp, "", "", "kvx get 0", "", "", true},
             {"SELECTOR", "", text(options->selector),
              std::string(selectorHelp) + "; without SELECTOR, all properties", "", "", "kvx get 0 nsrt"},
             {"VALUE", "", texts(options->value),
@@ -98,7 +99,7 @@ Command getCommand()
             {"--hex", "", flag(options->isHex),
              "Print and read values as hexadecimal bytes", "", "", "--hex"},
         }},
-        addressOptions(*options),
+        addressOptions(*options, "kvx get --element 1 0 volm"),
         libraryOptions(options->library),
     };
     command.run = [options] { return runGet(*options); };
@@ -115,7 +116,7 @@ Command setCommand()
     command.groups = {
         {"Arguments", {
             {"OBJECT", "", text(options->object),
-             objectHelp, "", "", "kvx set simulated nsrt 48000", "", "", true},
+             objectHelp, "", "", "kvx set 0 nsrt 48000", "", "", true},
             {"SELECTOR", "", text(options->selector),
              selectorHelp, "", "", "kvx set 0 nsrt 48000", "", "", true},
             {"VALUE", "", texts(options->value),
@@ -126,7 +127,7 @@ Command setCommand()
             {"--hex", "", flag(options->isHex),
              "VALUE is hexadecimal bytes", "", "", "kvx set --hex 0 volm 0000003f --element 1"},
         }},
-        addressOptions(*options),
+        addressOptions(*options, "kvx set --element 1 0 volm 0.5"),
         libraryOptions(options->library),
     };
     command.run = [options] { return runSet(*options); };
@@ -180,11 +181,13 @@ Command helpCommand()
 
 // clang-format on
 
-/// The options of every command.
-OptionGroup generalOptions()
+/// The options of every command. `name` is the name of the command after "kvx", or empty.
+OptionGroup generalOptions(const std::string& name)
 {
     const Target help = {Target::Kind::flag, {}}; // parse() obeys this option without reading it
-    return {"General", {{"-h,--help", "", help, "Print this help", "", "", ""}}};
+    return {"General",
+            {{"-h,--help", "", help, "Print this help", "", "",
+              "kvx " + name + (name.empty() ? "--help" : " --help")}}};
 }
 
 } // namespace
@@ -194,7 +197,7 @@ std::vector<Command> allCommands()
     std::vector<Command> commands = {playCommand(),        renderCommand(), classesCommand(),
                                      devicesCommand(),     getCommand(),    setCommand(),
                                      soundStreamCommand(), tuneCommand(),   helpCommand()};
-    for (Command& command : commands) command.groups.push_back(generalOptions());
+    for (Command& command : commands) command.groups.push_back(generalOptions(command.name));
     return commands;
 }
 
@@ -205,7 +208,7 @@ Command program()
         "Plays and renders sound files through KVXAudio.so, and shows the library's classes, the "
         "audio devices and their properties.",
         "COMMAND", "kvx {}"};
-    program.groups = {generalOptions()};
+    program.groups = {generalOptions("")};
     program.notes = {
         "`kvx help COMMAND` explains a command.",
         "Exit codes: 0 success, 1 failure or a file played in part, 2 wrong usage, 128 + n ended by "

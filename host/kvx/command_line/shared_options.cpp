@@ -17,9 +17,9 @@ OptionGroup libraryOptions(LibraryOptions& options)
 {
     return {"Library", {
         {"--library", "PATH", text(options.path),
-         "The library to load", "", "KVXAudio.so beside this program", ""},
+         "The library to load", "", "KVXAudio.so beside this program", "--library ./KVXAudio.so"},
         {"--host-version", "V", number(options.hostVersion, 2000, 2100),
-         "The host version that the library sees", "", "2016.0", "--host-version 2013.03"},
+         "The host version that the library sees", "year.release", "2016.0", "--host-version 2013.03"},
     }};
 }
 

@@ -54,7 +54,26 @@ Option captureOption(std::string& path)
             "Write the output of the device to OUT.wav, in 32-bit float", "", "", "--capture out.wav"};
 }
 
-/// The options of the file player, for `kvx play` and `kvx render`.
+// clang-format on
+
+/// The options of the file player, which the option --buffered excludes.
+OptionGroup unbuffered(OptionGroup group)
+{
+    for (Option& option : group.options) option.excludes = "--buffered";
+    group.title += " (not with --buffered)";
+    return group;
+}
+
+/// `options`, a group, with one more option.
+OptionGroup with(OptionGroup options, Option more)
+{
+    options.options.push_back(std::move(more));
+    return options;
+}
+
+} // namespace
+
+// clang-format off
 OptionGroup playerOptions(PlayerOptions& options)
 {
     const auto readGainsOrList = [&options](const std::string& value) {
@@ -103,23 +122,6 @@ OptionGroup playerOptions(PlayerOptions& options)
 }
 
 // clang-format on
-
-/// The options of the file player, which the option --buffered excludes.
-OptionGroup unbuffered(OptionGroup group)
-{
-    for (Option& option : group.options) option.excludes = "--buffered";
-    group.title += " (not with --buffered)";
-    return group;
-}
-
-/// `options`, a group, with one more option.
-OptionGroup with(OptionGroup options, Option more)
-{
-    options.options.push_back(std::move(more));
-    return options;
-}
-
-} // namespace
 
 Command playCommand()
 {

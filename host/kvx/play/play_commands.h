@@ -3,8 +3,12 @@
 #pragma once
 
 #include "host/kvx/command_line/command.h"
+#include "host/kvx/play/player_options.h"
 
 namespace kvx {
+
+/// The options of the file player, which `kvx play` and `kvx render` share.
+OptionGroup playerOptions(PlayerOptions& options);
 
 Command playCommand();
 Command renderCommand();

@@ -1,5 +1,5 @@
+#include "host/kvx/command_line/parse.h"
 #include "host/kvx/play/play_commands.h"
-#include "host/kvx/play/player_options.h"
 
 #include "host/kvx/text/failure.h"
 
@@ -15,11 +15,14 @@ using Arguments = std::vector<std::string>;
 /// Returns  the message of the error; "" if there is no error.
 std::string read(const Arguments& arguments, kvx::PlayerOptions& options)
 {
-    CLI::App app("test", "test");
-    kvx::addPlayerOptions(app, options);
-    Arguments reversed(arguments.rbegin(), arguments.rend());
+    kvx::Command program = {"", "", "", ""}, command = {"test", "", "", ""};
+    command.groups = {playerOptions(options),
+                      {"", {{"--help", "", {kvx::Target::Kind::flag, {}}, "", "", "", ""}}}};
+    program.groups = {command.groups.back()};
+    std::vector<const char*> words = {"kvx", "test"};
+    for (const std::string& argument : arguments) words.push_back(argument.c_str());
     try {
-        app.parse(reversed);
+        kvx::parse(program, {command}, static_cast<int>(words.size()), words.data());
         kvx::checkCombination(options);
     } catch (const std::runtime_error& error) {
         return error.what();
