@@ -114,6 +114,7 @@ ordered_json deviceRowJson(const DeviceFacts& device, std::size_t row, const Rol
     return {{"number", row},
             {"id", device.id},
             {"name", device.name},
+            {"system", device.system},
             {"maker", device.maker},
             {"uid", device.uid},
             {"inputChannels", device.inputs},

@@ -64,7 +64,8 @@ Command devicesCommand()
 }
 
 const char* const objectHelp =
-    "system; a device by its number in `kvx devices`, its name, a part of its name, or its UID; id:N or stream:N";
+    "system; a device by its row in `kvx devices` (N or row:N), its name, a part of its name, or its UID; an object "
+    "by its ID, id:N or stream:N";
 const char* const selectorHelp =
     "Up to four characters (nsrt), a number (0x6E737274), or the library's name for it "
     "(kAudioDevicePropertyNominalSampleRate)";
@@ -120,7 +121,7 @@ Command setCommand()
             {"SELECTOR", "", text(options->selector),
              selectorHelp, "", "", "kvx set 0 nsrt 48000", "", "", true},
             {"VALUE", "", texts(options->value),
-             "As `kvx get` prints it: 0.5, yes, 'spkr', rate=48000,channels=2; devices by name or ID",
+             "As `kvx get` prints it: 0.5, yes, 'spkr', rate=48000,channels=2; devices by name, ID or row:N",
              "", "", "kvx set 0 nsrt 48000", "", "", true},
         }},
         {"Input", {

@@ -98,6 +98,7 @@ KVXDeviceInfo infoOf(const Device& device, AudioObjectID defaultOutput)
     row.isDefaultOutput = device.id == defaultOutput;
     row.isAlive = device.isAlive;
     row.isRunning = device.isRunning();
+    copyText(row.system, device.system);
     return row;
 }
 

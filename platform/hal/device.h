@@ -34,6 +34,7 @@ struct Device {
     AudioObjectID outputStream = 0; ///< ID of the output stream; 0 if the device has no output
     AudioObjectID inputStream = 0;
     std::string name, manufacturer, uid;
+    std::string system; ///< short name of the sound system, such as "JACK"
     UInt32 transport = 0;
     bool isSimulated = false;
     bool isOfServer = false; ///< whether the device ends together with the JACK server

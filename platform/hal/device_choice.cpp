@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
+#include <optional>
 
 namespace kvxplatform::hal {
 
@@ -19,13 +20,26 @@ bool isIdentical(const Device& device, const std::string& text)
     return device.name == text || device.uid == text;
 }
 
-/// Find the device with a row number of the list.
-/// Returns  null if `text` is not a number, or the list has no such row.
-DeviceRef deviceInRow(const std::vector<DeviceRef>& devices, const std::string& text)
+/// Read the whole number after `prefix` in a text such as "row:1".
+/// Errors  nullopt for any other text.
+std::optional<unsigned long> numberAfter(const std::string& prefix, const std::string& text)
 {
+    if (text.compare(0, prefix.size(), prefix) != 0 || text.size() == prefix.size()) return std::nullopt;
     char* end = nullptr;
-    const unsigned long row = std::strtoul(text.c_str(), &end, 10);
-    return !text.empty() && *end == 0 && row < devices.size() ? devices[row] : nullptr;
+    const unsigned long number = std::strtoul(text.c_str() + prefix.size(), &end, 10);
+    return *end == 0 ? std::optional<unsigned long>(number) : std::nullopt;
+}
+
+/// Find the device with a row number of the list, "1" or "row:1", or with an ID, "id:4".
+/// Returns  null for any other text, or if there is no such device.
+DeviceRef deviceNumbered(const std::vector<DeviceRef>& devices, const std::string& text)
+{
+    for (const char* prefix : {"", "row:"})
+        if (const auto row = numberAfter(prefix, text); row && *row < devices.size()) return devices[*row];
+    const auto id = numberAfter("id:", text);
+    const auto found = std::find_if(devices.begin(), devices.end(),
+                                    [&](const DeviceRef& device) { return id && device->id == *id; });
+    return found == devices.end() ? nullptr : *found;
 }
 
 std::vector<DeviceRef> devicesNamed(const std::vector<DeviceRef>& devices, const std::string& text)
@@ -45,7 +59,7 @@ std::vector<DeviceRef> devicesNamed(const std::vector<DeviceRef>& devices, const
 
 std::vector<DeviceRef> devicesFitting(const std::vector<DeviceRef>& devices, const std::string& text)
 {
-    if (const DeviceRef device = deviceInRow(devices, text)) return {device};
+    if (const DeviceRef device = deviceNumbered(devices, text)) return {device};
     return devicesNamed(devices, text);
 }
 
@@ -53,8 +67,8 @@ DeviceRef findOutputByChoice(const std::vector<DeviceRef>& devices, const Device
                              const std::string& choice, std::string& error)
 {
     if (choice == "simulated") return builtIn;
-    if (const DeviceRef device = deviceInRow(devices, choice); device && device->settings.outputChannels != 0)
-        return device;
+    const DeviceRef numbered = deviceNumbered(devices, choice);
+    if (numbered && numbered->settings.outputChannels != 0) return numbered;
     std::vector<DeviceRef> outputs;
     std::string choices;
     for (std::size_t index = 0; index < devices.size(); ++index) {

@@ -51,6 +51,7 @@ DeviceRef deviceOf(const Found& found)
     device->name = info.name;
     const PaHostApiInfo& system = *Pa_GetHostApiInfo(info.hostApi);
     device->manufacturer = system.name;
+    device->system = system.type == paJACK ? "JACK" : system.name; // the full name of JACK has four words
     device->isOfServer = system.type == paJACK;
     device->uid = found.uid;
     device->driver = Driver::hardware;

@@ -4,6 +4,7 @@
 #include "platform/support/silenced_streams.h"
 
 #include <atomic>
+#include <cerrno>
 #include <dlfcn.h>
 #include <memory>
 #include <portaudio.h>
@@ -16,23 +17,24 @@ bool isStarted = false; // whether PortAudio is started; guarded by portAudioLoc
 // Whether a thread is blocked inside PortAudio; changed only by the holder of portAudioLock.
 std::atomic<bool> isBlocked{false};
 
+/// Call a function that takes one argument, if a library of this process has the function.
+template <class Function, class Argument>
+void callIfPresent(const char* name, Argument argument)
+{
+    if (void* address = dlsym(RTLD_DEFAULT, name)) reinterpret_cast<Function*>(address)(argument);
+}
+
 // ---- silence: ALSA and JACK, which PortAudio calls, print messages for every failed attempt ----
 
 void ignoreALSA(const char*, int, const char*, int, const char*, ...) {}
 void ignoreJACK(const char*) {}
 
-template <class Function, class Handler>
-void setHandler(const char* name, Handler handler)
-{
-    if (void* address = dlsym(RTLD_DEFAULT, name)) reinterpret_cast<Function*>(address)(handler);
-}
-
 void silenceMessages()
 {
     using ALSAHandler = void (*)(const char*, int, const char*, int, const char*, ...);
-    setHandler<int(ALSAHandler)>("snd_lib_error_set_handler", ignoreALSA);
-    setHandler<void(void (*)(const char*))>("jack_set_error_function", ignoreJACK);
-    setHandler<void(void (*)(const char*))>("jack_set_info_function", ignoreJACK);
+    callIfPresent<int(ALSAHandler)>("snd_lib_error_set_handler", ignoreALSA);
+    callIfPresent<void(void (*)(const char*))>("jack_set_error_function", ignoreJACK);
+    callIfPresent<void(void (*)(const char*))>("jack_set_info_function", ignoreJACK);
 }
 
 } // namespace
@@ -56,6 +58,8 @@ bool startPortAudio(std::string& error)
         // JACK's database has no message handler, and reports a server of the other architecture (32 or 64
         // bits). If the call never returns, the filters stay; they pass on the output of other threads.
         const SilencedStreams silenced;
+        // The patch bay shows this name for the client. A name that JACK refuses leaves PortAudio's name.
+        callIfPresent<PaError(const char*)>("PaJack_SetClientName", program_invocation_short_name);
         *status = Pa_Initialize();
         if (*status == paNoError && Pa_HostApiTypeIdToHostApiIndex(paJACK) >= 0) watchServer();
     });

@@ -11,6 +11,7 @@ DeviceRef make(const std::string& name, const std::string& uid, const Settings& 
     auto device = std::make_shared<Device>();
     device->name = name;
     device->manufacturer = "KVX Audio";
+    device->system = "simulated";
     device->uid = uid;
     device->transport = kAudioDeviceTransportTypeVirtual;
     device->isSimulated = true;

@@ -27,7 +27,7 @@ OptionGroup deviceOptions(DeviceRequest& request)
 {
     return {"Device", {
         {"--device", "DEVICE", text(request.choice),
-         "The output device: name, part of a name, or number of `kvx devices`", "", "", "--device simulated"},
+         "The output device: its name, a part of its name, its UID, its row in `kvx devices`, or id:N", "", "", "--device simulated"},
         {"--device-rate", "HZ", number(request.rate, lowestRate, highestRate),
          "Sample rate of the simulated device", "Hz", "", "--device simulated --device-rate 48000"},
         {"--fast", "", flag(request.isStepped),

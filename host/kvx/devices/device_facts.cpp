@@ -1,5 +1,6 @@
 #include "host/kvx/devices/device_facts.h"
 
+#include "host/kvx/devices/output_device.h"
 #include "host/kvx/text/failure.h"
 
 #include <fmt/core.h>
@@ -53,6 +54,13 @@ ObjectID roleOf(const CoreAudio& core, const char* name)
     return itemOf<ObjectID>(core.readSystem(core.selectorNamed(name).value_or(0)).value).value_or(0);
 }
 
+std::string systemOf(ObjectID device)
+{
+    for (const KVXDeviceInfo& each : listDevices())
+        if (each.device == device) return each.system;
+    return {};
+}
+
 } // namespace
 
 std::vector<ObjectID> readDeviceList(const CoreAudio& core)
@@ -76,6 +84,7 @@ std::optional<DeviceFacts> readDeviceFacts(const CoreAudio& core, ObjectID devic
     facts.name = reader.text("kAudioDevicePropertyDeviceNameCFString");
     facts.maker = reader.text("kAudioDevicePropertyDeviceManufacturerCFString");
     facts.uid = reader.text("kAudioDevicePropertyDeviceUID");
+    facts.system = systemOf(device);
     facts.inputs = reader.channels(true);
     facts.outputs = reader.channels(false);
     facts.rate = reader.get<double>("kAudioDevicePropertyNominalSampleRate");

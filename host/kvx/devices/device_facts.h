@@ -16,6 +16,7 @@ namespace kvx {
 struct DeviceFacts {
     ObjectID id = 0;
     std::string name, maker, uid;
+    std::string system; ///< "JACK", "ALSA", "simulated"; the platform reports it, not the library
     std::uint32_t inputs = 0, outputs = 0; ///< numbers of channels
     double rate = 0;                       ///< nominal sample rate, Hz
     std::vector<ValueRange> rates;         ///< available sample rates, Hz

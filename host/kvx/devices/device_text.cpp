@@ -13,6 +13,7 @@ const std::vector<TableColumn> columns = {
     {"no.",      TableColumn::right,  0,    0},
     {"id",       TableColumn::right,  0,    0},
     {"name",     TableColumn::left,  16,    0},
+    {"system",   TableColumn::left,   0,    0},
     {"maker",    TableColumn::left,  10,    2},
     {"UID",      TableColumn::left,  12,    3},
     {"in",       TableColumn::right,  0,    0},
@@ -73,10 +74,11 @@ std::string deviceTable(const std::vector<DeviceFacts>& devices, const Roles& ro
     std::vector<std::vector<std::string>> rows;
     for (const DeviceFacts& device : devices)
         rows.push_back({std::to_string(rows.size()), std::to_string(device.id), plainText(device.name),
-                        plainText(device.maker), plainText(device.uid), std::to_string(device.inputs),
-                        std::to_string(device.outputs), fmt::format("{}", device.rate),
-                        formatRates(device.rates), std::to_string(device.slice),
-                        std::to_string(device.latency), formatRoles(device.id, roles), formatState(device)});
+                        device.system, plainText(device.maker), plainText(device.uid),
+                        std::to_string(device.inputs), std::to_string(device.outputs),
+                        fmt::format("{}", device.rate), formatRates(device.rates),
+                        std::to_string(device.slice), std::to_string(device.latency),
+                        formatRoles(device.id, roles), formatState(device)});
     return layOutTable(columns, rows, width);
 }
 

@@ -158,7 +158,7 @@ constexpr struct {
     {'nope', "choose another value"},
     {'!dat', "`kvx get DEVICE nsr#` lists the rates of a device, `kvx get DEVICE sfm#` its formats"},
     {'!siz', "`kvx get --hex` shows the size of the value"},
-    {'!dev', "`kvx devices` lists the devices"},
+    {'!dev', "`kvx devices` lists the devices; row:N is row N of that list"},
     {'!hog', "end the process that has the device"},
     {'!str', "`kvx get DEVICE stm#` lists the streams of a device"},
     {-108, "close other programs and try again"},

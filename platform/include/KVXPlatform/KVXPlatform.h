@@ -42,6 +42,7 @@ typedef struct KVXDeviceInfo {
     uint8_t isDefaultOutput;
     uint8_t isAlive;
     uint8_t isRunning;
+    char system[32]; /* "JACK", "ALSA", another sound system of PortAudio, or "simulated" */
 } KVXDeviceInfo;
 
 /* Settings of a new simulated device. A zero field takes the default in brackets. */
@@ -66,9 +67,9 @@ typedef struct KVXSimulatedDevice {
 KVX_PLATFORM_EXPORT uint32_t KVXPlatformGetDevices(KVXDeviceInfo* rows, uint32_t capacity);
 
 /*
- * Find the devices that a user names: the device with the row number `text`; or else the devices whose name
- * or UID is `text`; or else the devices whose name is `text` in upper or lower case; or else the devices
- * whose name contains `text` in upper or lower case.
+ * Find the devices that a user names: the device with the row number `text` ("1" or "row:1"), or with the ID
+ * in "id:4"; or else the devices whose name or UID is `text`; or else the devices whose name is `text` in
+ * upper or lower case; or else the devices whose name contains `text` in upper or lower case.
  *
  * Shape    fills up to `capacity` rows, in the order of the list; rows may be NULL if capacity is 0.
  * Returns  the number of devices found; 0 for NULL, for "", or without memory.
@@ -112,8 +113,8 @@ KVX_PLATFORM_EXPORT int32_t KVXPlatformConfigureDevice(KVXDeviceID device, doubl
 
 /*
  * Choose the default output device, as the environment variable KVX_AUDIO_DEVICE does before the first call.
- * Shape    "simulated", a row number of the list, a name, or a part of a name that fits one device only.
- * Errors   '!dev': no device fits, or several devices fit.
+ * Shape    "simulated", a row number of the list ("1" or "row:1"), an ID ("id:4"), a name, or a part of a
+ * name that fits one device only. Errors   '!dev': no device fits, or several devices fit.
  */
 KVX_PLATFORM_EXPORT int32_t KVXPlatformChooseOutputDevice(const char* choice);
 

@@ -13,15 +13,16 @@ namespace {
 using namespace endtoend;
 using Lines = std::vector<std::string>;
 
-const char* const wholeTable = "no.  id  name              maker      UID                               in  "
-                               "out   rate  rates        slice  "
-                               "latency  default  state\n"
-                               "  0   2  Simulated Device  KVX Audio  kvx:simulated:0:Simulated Device   0   "
-                               " 2  44100  1000-768000    512  "
-                               "      0  out sys  idle\n"
-                               "  1   4  Simulated Input   KVX Audio  kvx:simulated:input                1   "
-                               " 0  44100  1000-768000    512  "
-                               "      0  in       idle\n";
+const char* const wholeTable =
+    "no.  id  name              system     maker      UID                               in  "
+    "out   rate  rates        slice  "
+    "latency  default  state\n"
+    "  0   2  Simulated Device  simulated  KVX Audio  kvx:simulated:0:Simulated Device   0   "
+    " 2  44100  1000-768000    512  "
+    "      0  out sys  idle\n"
+    "  1   4  Simulated Input   simulated  KVX Audio  kvx:simulated:input                1   "
+    " 0  44100  1000-768000    512  "
+    "      0  in       idle\n";
 
 TEST(KvxDevices, PrintsATable)
 {
@@ -51,6 +52,7 @@ TEST(KvxDevices, PrintsJson)
     EXPECT_EQ(json[0], nlohmann::json({{"number", 0},
                                        {"id", 2},
                                        {"name", "Simulated Device"},
+                                       {"system", "simulated"},
                                        {"maker", "KVX Audio"},
                                        {"uid", "kvx:simulated:0:Simulated Device"},
                                        {"inputChannels", 0},

@@ -58,7 +58,7 @@ TEST(KvxGet, PrintsValuesByTheirType)
 TEST(KvxGet, AcceptsObjectsSelectorsAndScopesInManyForms)
 {
     for (const char* object : {"0", "Simulated Device", "simulated device", "lated DEV",
-                               "kvx:simulated:0:Simulated Device", "id:2", "id:0x2", "2", "0x0"})
+                               "kvx:simulated:0:Simulated Device", "id:2", "id:0x2", "2", "0x0", "row:0"})
         EXPECT_EQ(runKvx({"get", object, "name"}).out, "Simulated Device\n") << object;
     for (const char* selector :
          {"nsrt", "'nsrt'", "0x6E737274", "1853059700", "kAudioDevicePropertyNominalSampleRate",
@@ -130,6 +130,7 @@ TEST(KvxSet, WritesAndPrintsTheNewValue)
                              {{"system", "dOut", "id:2"}, "2\n"},
                              {{"system", "dOut", "Simulated", "Device"}, "2\n"},
                              {{"system", "dIn ", "Simulated Input"}, "4\n"},
+                             {{"system", "dIn ", "row:1"}, "4\n"},
                              {{"system", "slep", "no"}, "no\n"},
                              {{"0", "ssrc", "'spkr'"}, "'spkr'\n"},
                              {{"system", "slep", "--hex", "00000000"},
@@ -199,6 +200,9 @@ TEST(KvxProperties, PrintStatusesInWords)
             {{"set", "0", "abcd", "--hex", "01"}, "'who?'"},
             // ---- objects ----
             {{"get", "stream:2", "sfmt"}, "object 2 is of class 'adev', not 'astr'; use id:2"},
+            {{"get", "row:2", "name"}, "no device is called \"row:2\""},
+            {{"set", "system", "dOut", "row:2"}, "no device is called \"row:2\""},
+            {{"set", "system", "dOut", "1"}, "row:N is row N of that list"},
             {{"get", "Missing", "name"}, "no device is called \"Missing\"; `kvx devices` lists"},
             {{"get", "", "name"}, "no device is called"},
             {{"get", "Simulated", "name"}, "fits \"Simulated Device\", \"Simulated Input\"; give the number"},

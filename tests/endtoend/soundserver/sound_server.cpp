@@ -96,6 +96,7 @@ bool Recorder::connectToPlayer()
         if (isConnected_[i]) continue;
         const char** sources =
             jack_port_get_all_connections(client_, jack_port_by_name(client_, playbackPorts[i]));
+        if (sources) playerName_ = std::string(sources[0]).substr(0, std::string(sources[0]).find(':'));
         if (sources) isConnected_[i] = jack_connect(client_, sources[0], jack_port_name(ports_[i])) == 0;
         jack_free(sources);
     }

@@ -46,6 +46,9 @@ public:
     /// Returns  true when both channels are connected.
     bool connectToPlayer();
 
+    /// The name of the client that plays; "" before connectToPlayer() has found it.
+    const std::string& playerName() const { return playerName_; }
+
     /// Return whether a sample other than zero has arrived, also after the end of the recording.
     bool hasSound() const { return hasSound_; }
 
@@ -59,6 +62,7 @@ private:
     jack_client_t* client_ = nullptr;
     jack_port_t* ports_[2] = {};
     bool isConnected_[2] = {};
+    std::string playerName_;
     std::vector<float> samples_; // samples, allocated before the recording; a thread of JACK writes them
     std::atomic<std::size_t> count_{0};
     std::atomic<bool> hasSound_{false};

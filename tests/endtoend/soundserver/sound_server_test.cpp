@@ -4,6 +4,7 @@
 #include "tests/endtoend/soundserver/sound_server.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <chrono>
@@ -39,6 +40,7 @@ void expectRecording(const std::string& file, const support::Sound& sound, int p
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     const std::vector<float> before = recorder.samples();
     ASSERT_TRUE(isConnected) << player.wait().err;
+    EXPECT_EQ(recorder.playerName(), "kvx") << "the name in the patch bay";
     ASSERT_TRUE(std::all_of(before.begin(), before.end(), [](float sample) { return sample == 0.0f; }))
         << "the recorder connected after the start of the sound";
     const auto result = player.wait();
@@ -72,6 +74,19 @@ TEST(SoundServer, ReceivesAConvertedFileAsItIsRendered)
         runKvx({"render", folder / "sweep.wav", folder / "rendered.wav", "--device-rate", "48000"});
     ASSERT_EQ(render.exitCode, 0) << render.err;
     expectRecording(folder / "sweep.wav", support::readSound(folder / "rendered.wav"), 64);
+}
+
+TEST(SoundServer, IsNamedInTheDeviceList)
+{
+    SoundServer server(rate);
+    auto environment = server.environment();
+    environment.push_back({"KVX_AUDIO_DEVICE", ""});
+    const auto result = support::runChild(kvxCommand({"devices", "--json"}), environment);
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    std::string systemOfServer;
+    for (const auto& device : nlohmann::json::parse(result.out))
+        if (device["name"] == "system") systemOfServer = device["system"];
+    EXPECT_EQ(systemOfServer, "JACK");
 }
 
 } // namespace

@@ -31,6 +31,7 @@ TEST(Control, ListsDevices)
     EXPECT_EQ(row->sliceFrames, 64u);
     EXPECT_EQ(row->latencyFrames, 17u);
     EXPECT_EQ(row->isSimulated, 1);
+    EXPECT_STREQ(row->system, "simulated");
     EXPECT_EQ(row->isAlive, 1);
     EXPECT_EQ(row->isRunning, 0);
     EXPECT_EQ(row->isDefaultOutput, 0);
@@ -48,6 +49,7 @@ TEST(Control, FindsTheDeviceThatAUserNames)
     const auto all = getAll<AudioDeviceID>(kAudioObjectSystemObject, address(kAudioHardwarePropertyDevices));
     const auto row = std::find(all.begin(), all.end(), AudioDeviceID{lamp}) - all.begin();
     const std::string number = std::to_string(row); // number of the device in the order of the device list
+    const std::string rowText = "row:" + number, idText = "id:" + std::to_string(AudioDeviceID{lamp});
     const struct {
         const char* choice;
         AudioDeviceID expected; // device that becomes the default; 0 if the choice is refused
@@ -55,6 +57,8 @@ TEST(Control, FindsTheDeviceThatAUserNames)
         {"Kitchen Radio", radio}, {"lamp", lamp},   {"simulated", builtIn},
         {number.c_str(), lamp},   {"radio", radio}, {"Kitchen", 0},
         {"Bathroom", 0},          {"", 0},          {"99999", 0},
+        {rowText.c_str(), lamp},  {"row:", 0},      {"row:99999", 0},
+        {idText.c_str(), lamp},   {"id:", 0},       {"id:99999", 0},
     };
     for (const auto& fact : facts) {
         const AudioDeviceID before = defaultOutput();
@@ -80,6 +84,7 @@ TEST(Control, FindsAllDevicesThatFitAText)
     Device two(description);
     KVXDeviceInfo first = {};
     ASSERT_GE(KVXPlatformGetDevices(&first, 1), 4u);
+    const std::string id = "id:" + std::to_string(KVXDeviceID{two});
     const struct {
         const char* text;
         std::vector<KVXDeviceID> expected;
@@ -92,6 +97,11 @@ TEST(Control, FindsAllDevicesThatFitAText)
         {"own:", {}, "a part of a UID is not a match"},
         {"0", {first.device}, "a row number of the device list"},
         {"99999", {}, "a number without a row"},
+        {"row:0", {first.device}, "a row number with its prefix"},
+        {"row:", {}, "a prefix without a number"},
+        {"row:0x", {}, "a prefix and no decimal number"},
+        {id.c_str(), {two}, "an ID with its prefix"},
+        {"id:1", {}, "an ID of no device"},
         {"Bathroom", {}, "no device has this name"},
         {"", {}, "an empty text"},
         {nullptr, {}, "no text"},

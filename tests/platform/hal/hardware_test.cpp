@@ -244,6 +244,7 @@ TEST_F(Hardware, EqualNamesGetDifferentUIDs)
     EXPECT_STREQ(rows[1].uid, "Fake:Other");
     EXPECT_STREQ(rows[2].uid, "Fake:Box:2");
     EXPECT_STREQ(rows[3].uid, "Fake:Box:3");
+    EXPECT_STREQ(rows[0].system, "Fake");
     change({{"Box"}, {"Other"}});
     ASSERT_EQ(KVXPlatformRefreshDevices(), 0) << KVXPlatformErrorText();
     EXPECT_EQ(deviceOfUID("Fake:Box")->device, rows[0].device);

@@ -15,6 +15,7 @@ std::vector<DeviceFacts> someDevices()
     DeviceFacts speakers;
     speakers.id = 2;
     speakers.name = "Desk Speakers";
+    speakers.system = "JACK";
     speakers.maker = "Maker";
     speakers.uid = "desk:1";
     speakers.outputs = 2;
@@ -42,30 +43,33 @@ const kvx::Roles roles = {2, 2, 4};
 
 TEST(DeviceTable, IsAlignedAndUncutWithoutATerminal)
 {
-    EXPECT_EQ(
-        kvx::deviceTable(someDevices(), roles, 0),
-        "no.  id  name           maker  UID     in  out     rate  rates              slice  latency  default "
-        " "
-        "state\n"
-        "  0   2  Desk Speakers  Maker  desk:1   0    2    44100  44100 48000-96000    512       33  out sys "
-        " "
-        "running\n"
-        "  1   4  M?ike                          1    0  22050.5                        64        0  in      "
-        " "
-        "idle\n"
-        "  2   6  Old?                           1    0  22050.5                        64        0          "
-        " "
-        "dead\n");
+    EXPECT_EQ(kvx::deviceTable(someDevices(), roles, 0),
+              "no.  id  name           system  maker  UID     in  out     rate  rates              slice  "
+              "latency  default "
+              " "
+              "state\n"
+              "  0   2  Desk Speakers  JACK    Maker  desk:1   0    2    44100  44100 48000-96000    512     "
+              "  33  out sys "
+              " "
+              "running\n"
+              "  1   4  M?ike                                  1    0  22050.5                        64     "
+              "   0  in      "
+              " "
+              "idle\n"
+              "  2   6  Old?                                   1    0  22050.5                        64     "
+              "   0          "
+              " "
+              "dead\n");
 }
 
 TEST(DeviceTable, KeepsEveryCellOnANarrowTerminal)
 {
     EXPECT_EQ(kvx::deviceTable(someDevices(), roles, 80),
-              "no.  id  name           in  out     rate  slice  latency  default  state\n"
-              "  0   2  Desk Speakers   0    2    44100    512       33  out sys  running\n"
+              "no.  id  name           system  in  out     rate  slice  latency  default  state\n"
+              "  0   2  Desk Speakers  JACK     0    2    44100    512       33  out sys  running\n"
               "     maker Maker, UID desk:1, rates 44100 48000-96000\n"
-              "  1   4  M?ike           1    0  22050.5     64        0  in       idle\n"
-              "  2   6  Old?            1    0  22050.5     64        0           dead\n");
+              "  1   4  M?ike                   1    0  22050.5     64        0  in       idle\n"
+              "  2   6  Old?                    1    0  22050.5     64        0           dead\n");
 }
 
 TEST(DeviceJson, HasEveryPropertyInUtf8)
@@ -75,6 +79,7 @@ TEST(DeviceJson, HasEveryPropertyInUtf8)
     EXPECT_EQ(json[0], nlohmann::json({{"number", 0},
                                        {"id", 2},
                                        {"name", "Desk Speakers"},
+                                       {"system", "JACK"},
                                        {"maker", "Maker"},
                                        {"uid", "desk:1"},
                                        {"inputChannels", 0},
