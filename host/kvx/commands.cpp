@@ -99,6 +99,7 @@ Command getCommand()
         {"Output", {
             {"--hex", "", flag(options->isHex),
              "Print and read values as hexadecimal bytes", "", "", "--hex"},
+            jsonOption(options->isJson),
         }},
         addressOptions(*options, "kvx get --element 1 0 volm"),
         libraryOptions(options->library),

@@ -5,6 +5,7 @@
 #include "host/kvx/files/waveform.h"
 #include "host/kvx/play/buffered_play.h"
 #include "host/kvx/play/classic_play.h"
+#include "host/kvx/play/file_info.h"
 #include "host/kvx/play/file_play.h"
 #include "host/kvx/play/playlist.h"
 #include "host/kvx/play/session.h"
@@ -22,8 +23,6 @@ namespace kvx {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr Advice infoAdvice = {checkFileAndMemory, nullptr};
 
 void checkOptions(const PlayerOptions& options, const Playlist& playlist, const KVXDeviceInfo& device)
 {
@@ -80,30 +79,6 @@ std::vector<KVXLiveCount> expectedObjects(PlayMethod method)
     return {{"AudioConverter", 1}};
 }
 
-/// Load a file into a file player.
-/// Returns  the formats, the rate, the channels and the duration that the player reports, as text.
-std::string formatFileInfo(host::Host& host, const PlaylistFile& file, Progress& progress)
-{
-    const CoreAudio core(host);
-    FilePlayer player(host, core, infoAdvice);
-    const int fileChannels = file.format.fileChannels;
-    player.load(file.path, std::min(fileChannels, mostChannels));
-    const double duration = static_cast<double>(framesLoaded(player, file, progress)) / player.sampleRate();
-
-    std::string text = plainText(file.path) + "\n";
-    const auto line = [&text](const char* name, const std::string& value) {
-        text += fmt::format("  {:<14}{}\n", name, value);
-    };
-    line("sample rate", fmt::format("{} Hz", player.sampleRate()));
-    line("channels", player.channels() == fileChannels
-                         ? fmt::format("{}", fileChannels)
-                         : fmt::format("{}, of which the first {} play", fileChannels, player.channels()));
-    line("duration", fmt::format("{} ({:.3f} s)", formatTime(duration), duration));
-    line("client format", player.clientFormat());
-    line("output format", player.outputFormat());
-    return text;
-}
-
 } // namespace
 
 // The options and the inputs are checked before the first sound, the cheapest check first: the files, the
@@ -139,8 +114,8 @@ int showFileInfo(const PlayOptions& options)
     const Playlist playlist = planPlaylist(options.files);
     Library library(options.library);
     warnOfMissingParts(playlist, progress);
-    for (const PlaylistFile& file : filesOf(playlist))
-        std::fputs(formatFileInfo(library.host(), file, progress).c_str(), stdout);
+    const std::string text = describeFiles(library.host(), filesOf(playlist), options.isJson, progress);
+    std::fputs(text.c_str(), stdout);
     return reportLeaks(library, progress.exitCode());
 }
 

@@ -28,6 +28,7 @@ struct PlayOptions {
     float gain = 1;       ///< gain factor that the methods `buffered` and `classic` use
     soundclient::Labelling labelling =
         soundclient::Labelling::bigAsLittle; ///< byte order and label that the method `classic` uses
+    bool isJson = false;                     ///< whether showFileInfo() prints JSON
     bool isQuiet = false;
     LibraryOptions library;
 };
@@ -37,7 +38,7 @@ struct PlayOptions {
 /// Errors   throws Failure.
 int play(const PlayOptions& options);
 
-/// Print the format and the duration of each file, as the library reports them.
+/// Print container, codec, tags, format and duration of each file, the format as the library reports it.
 /// Returns  the exit code.
 /// Errors   throws Failure.
 int showFileInfo(const PlayOptions& options);

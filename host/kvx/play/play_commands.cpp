@@ -147,8 +147,11 @@ Command playCommand()
              "On the simulated device, and without --capture: write the output to NAME.wav, and a picture of its "
              "waveform to NAME.png", "", "", "--device simulated --keep kept"},
             {"--info", "", flag(line->isInfoWanted),
-             "Do not play: print each file's formats, rate, channels and duration as the library reports them",
+             "Do not play: print each file's container, codec, bit depth and tags, and the formats, rate, channels and "
+             "duration that the library reports",
              "", "", "--info"},
+            {"--json", "", flag(line->isJson),
+             "With --info: print JSON", "", "", "--info --json", "--info"},
             {"--otherwise", "FILE", text(line->otherwise),
              "The file to play if no FILE is given", "", "", "kvx play --otherwise song.wav"},
             quietOption(line->isQuiet),

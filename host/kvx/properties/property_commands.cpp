@@ -2,6 +2,7 @@
 
 #include "host/kvx/devices/output_device.h"
 #include "host/kvx/library/core_audio.h"
+#include "host/kvx/properties/property_json.h"
 #include "host/kvx/properties/property_values.h"
 #include "host/kvx/text/failure.h"
 #include "host/kvx/text/number_text.h"
@@ -13,6 +14,8 @@
 
 namespace kvx {
 namespace {
+
+using nlohmann::ordered_json;
 
 /// The property that the command reads or writes.
 struct Subject {
@@ -201,39 +204,51 @@ std::string bytesFromUser(const CoreAudio& core, const PropertyOptions& options,
 
 // ---- get ----
 
-std::string formatBytes(const Subject& subject, const std::string& value, bool isHex)
+/// The value of a property, or its answer to a question.
+struct Value {
+    std::optional<Form> form; ///< nullopt: the form is unknown, or the user requests bytes
+    Extent extent;
+    std::string bytes; ///< the bytes; for Form::reference the text itself
+
+    std::string text() const { return form ? formatValue(*form, extent, bytes) : dumpBytes(bytes); }
+    ordered_json json() const { return form ? valueJson(*form, extent, bytes) : bytesJson(bytes); }
+};
+
+Value valueOfType(const Subject& subject, const std::string& bytes, bool isHex)
 {
-    return subject.type && !isHex ? formatValue(subject.type->form, subject.type->extent, value)
-                                  : dumpBytes(value);
+    if (!subject.type || isHex) return {std::nullopt, Extent::one, bytes};
+    return {subject.type->form, subject.type->extent, bytes};
 }
 
-std::string formatPlain(const CoreAudio& core, const Subject& subject, bool isHex)
+Value readPlain(const CoreAudio& core, const Subject& subject, bool isHex)
 {
     if (!subject.type || subject.type->form != Form::reference)
-        return formatBytes(subject, valueOf(core.read(subject.address), core, subject), isHex);
+        return valueOfType(subject, valueOf(core.read(subject.address), core, subject), isHex);
     if (isHex)
         throw WrongUsage(
             fmt::format("{} is a reference to a text, so its bytes are meaningless; leave out --hex",
                         formatCode(subject.address.selector)));
-    return formatValue(Form::reference, Extent::one, valueOf(core.readText(subject.address), core, subject));
+    return {Form::reference, Extent::one, valueOf(core.readText(subject.address), core, subject)};
 }
 
-std::string formatAnswer(const CoreAudio& core, const Subject& subject, const PropertyOptions& options)
+Value readAnswer(const CoreAudio& core, const Subject& subject, const PropertyOptions& options)
 {
     const std::string question = bytesFromUser(core, options, subject.type->form, subject.type->extent);
-    const std::string value = valueOf(core.read(subject.address, question), core, subject);
-    return subject.type->question == Question::check ? "yes" : formatBytes(subject, value, options.isHex);
+    const std::string bytes = valueOf(core.read(subject.address, question), core, subject);
+    if (subject.type->question == Question::check)
+        return {Form::flag, Extent::one, bytesOf(std::uint32_t{1})};
+    return valueOfType(subject, bytes, options.isHex);
 }
 
-std::string formatForCode(const CoreAudio& core, const Subject& subject, const PropertyOptions& options)
+Value readForCode(const CoreAudio& core, const Subject& subject, const PropertyOptions& options)
 {
     const std::optional<Code> code = itemOf<Code>(bytesFromUser(core, options, Form::code, Extent::one));
     if (!code) throw WrongUsage("VALUE is a code of four bytes; give four bytes with --hex");
     const Answer answer = core.readTextFor(subject.address, *code);
-    return formatValue(Form::text, Extent::one, valueOf(answer, core, subject));
+    return {Form::text, Extent::one, valueOf(answer, core, subject)};
 }
 
-std::string formatProperty(const CoreAudio& core, const Subject& subject, const PropertyOptions& options)
+Value readProperty(const CoreAudio& core, const Subject& subject, const PropertyOptions& options)
 {
     const Question question = subject.type ? subject.type->question : Question::none;
     const std::string selector = formatCode(subject.address.selector);
@@ -244,12 +259,12 @@ std::string formatProperty(const CoreAudio& core, const Subject& subject, const 
     if (question == Question::none) {
         if (!options.value.empty())
             throw WrongUsage(fmt::format("{} is read without a value; use `kvx set` to write", selector));
-        return formatPlain(core, subject, options.isHex);
+        return readPlain(core, subject, options.isHex);
     }
     if (options.value.empty())
         throw WrongUsage(fmt::format("{} converts or checks a value; give a VALUE", selector));
-    return question == Question::translate ? formatForCode(core, subject, options)
-                                           : formatAnswer(core, subject, options);
+    return question == Question::translate ? readForCode(core, subject, options)
+                                           : readAnswer(core, subject, options);
 }
 
 void printLines(const std::string& text)
@@ -264,11 +279,17 @@ std::string onOneLine(std::string text)
     return text;
 }
 
-/// Print each property of the object whose selector is a constant of the library, one per line, cut to the
-/// width of the terminal.
-void printAll(const CoreAudio& core, const PropertyOptions& options)
+/// A property with its value, and the library's name for its selector; an empty name if there is none.
+struct NamedValue {
+    Subject subject;
+    std::string name;
+    Value value;
+};
+
+/// Read each property of the object whose selector is a constant of the library.
+std::vector<NamedValue> readAll(const CoreAudio& core, const PropertyOptions& options)
 {
-    const std::size_t width = terminalWidth(STDOUT_FILENO);
+    std::vector<NamedValue> all;
     const Code scope = readScope(options.scope);
     const std::uint32_t element = readElement(options.element);
     const ObjectID object = findObject(core, options.object);
@@ -280,11 +301,67 @@ void printAll(const CoreAudio& core, const PropertyOptions& options)
         const Answer answer = subject.type->form == Form::reference ? core.readText(subject.address)
                                                                     : core.read(subject.address);
         if (!answer.isGood()) continue; // skip a property that the object does not have
-        const std::string value = onOneLine(formatBytes(subject, answer.value, false));
-        const std::string line =
-            fmt::format("{:<6} {:<51} {}", formatCode(selector), name, value.empty() ? "(none)" : value);
+        all.push_back({subject, name, valueOfType(subject, answer.value, false)});
+    }
+    return all;
+}
+
+/// Print properties, one per line, cut to the width of the terminal.
+void printTable(const std::vector<NamedValue>& all)
+{
+    const std::size_t width = terminalWidth(STDOUT_FILENO);
+    for (const NamedValue& each : all) {
+        const std::string value = onOneLine(each.value.text());
+        const std::string line = fmt::format("{:<6} {:<51} {}", formatCode(each.subject.address.selector),
+                                             each.name, value.empty() ? "(none)" : value);
         printLines(width ? cutToWidth(line, width) : line);
     }
+}
+
+ordered_json propertyJson(const NamedValue& property)
+{
+    const PropertyAddress& address = property.subject.address;
+    ordered_json json = {{"object", address.object},
+                         {"selector", charactersOf(address.selector)},
+                         {"scope", charactersOf(address.scope)},
+                         {"element", address.element},
+                         {"value", property.value.json()}};
+    if (!property.name.empty()) json["name"] = property.name;
+    return json;
+}
+
+void printJson(const ordered_json& json)
+{
+    fmt::print("{}\n", json.dump(2, ' ', false, ordered_json::error_handler_t::replace));
+}
+
+/// The library's name for a selector; "" if there is none.
+std::string nameOfSelector(const CoreAudio& core, Code selector)
+{
+    for (const std::string& name : core.selectorNames())
+        if (core.selectorNamed(name) == selector) return name;
+    return {};
+}
+
+void getAll(const CoreAudio& core, const PropertyOptions& options)
+{
+    const std::vector<NamedValue> all = readAll(core, options);
+    if (!options.isJson) return printTable(all);
+    ordered_json list = ordered_json::array();
+    for (const NamedValue& each : all) list.push_back(propertyJson(each));
+    printJson(list);
+}
+
+void getOne(const CoreAudio& core, const PropertyOptions& options)
+{
+    const Subject subject = subjectOf(core, options);
+    withObject(core, subject.address.object, [&] {
+        const Value value = readProperty(core, subject, options);
+        if (options.isJson)
+            printJson(propertyJson({subject, nameOfSelector(core, subject.address.selector), value}));
+        else
+            printLines(value.text());
+    });
 }
 
 // ---- set ----
@@ -308,13 +385,13 @@ void checkReadBack(const CoreAudio& core, const Subject& subject, const std::str
         answer = core.read(subject.address);
     }
     if (!answer.isGood()) return;
-    const std::string now = formatBytes(subject, answer.value, isHex);
+    const std::string now = valueOfType(subject, answer.value, isHex).text();
     printLines(now);
     if (isInForce(subject, written, answer.value)) return;
     throw Failure(
         fmt::format("{}, {}: {} was written and {} is read back; give a value that the device takes",
                     nameOf(core, subject.address.object), formatCode(subject.address.selector),
-                    onOneLine(formatBytes(subject, written, isHex)), onOneLine(now)));
+                    onOneLine(valueOfType(subject, written, isHex).text()), onOneLine(now)));
 }
 
 void writeProperty(const CoreAudio& core, const Subject& subject, const PropertyOptions& options)
@@ -345,13 +422,7 @@ int runGet(const PropertyOptions& options)
     {
         checkHardware();
         const CoreAudio core(library.host());
-        if (options.selector.empty()) {
-            printAll(core, options);
-        } else {
-            const Subject subject = subjectOf(core, options);
-            withObject(core, subject.address.object,
-                       [&] { printLines(formatProperty(core, subject, options)); });
-        }
+        options.selector.empty() ? getAll(core, options) : getOne(core, options);
     }
     return reportLeaks(library, 0);
 }

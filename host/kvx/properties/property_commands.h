@@ -17,7 +17,8 @@ struct PropertyOptions {
     std::vector<std::string> value; ///< the value, as the words of the command line
     std::string scope = "global";
     std::string element = "0";
-    bool isHex = false; ///< true: `value` and the output are hexadecimal bytes
+    bool isJson = false; ///< true: `kvx get` prints JSON
+    bool isHex = false;  ///< true: `value` and the output are hexadecimal bytes
     LibraryOptions library;
 };
 

@@ -3,6 +3,9 @@
 #include "tests/endtoend/command/pty_child.h"
 #include "tests/endtoend/expected_samples.h"
 
+#include <nlohmann/json.hpp>
+#include <sndfile.h>
+
 #include <sndfile.h>
 
 #include <algorithm>
@@ -160,12 +163,67 @@ TEST_F(Play, InfoPrintsTheFormatsOfTheClass)
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(result.err, "");
     EXPECT_EQ(result.out, "six.wav\n"
+                          "  container     WAV (Microsoft)\n"
+                          "  codec         32 bit float\n"
+                          "  bit depth     32\n"
                           "  sample rate   48000 Hz\n"
                           "  channels      6\n"
                           "  duration      0:01.5 (1.500 s)\n"
                           "  client format  6 ch,  48000 Hz, 'lpcm' (0x00000009) 32-bit little-endian float\n"
                           "  output format  6 ch,  48000 Hz, 'lpcm' (0x00000029) 32-bit little-endian float, "
                           "deinterleaved\n");
+}
+
+TEST_F(Play, InfoPrintsJson)
+{
+    write(support::makeNoise(48000, 6, 48000 * 3 / 2), "six.wav");
+    write(support::makeNoise(44100, 65, 441), "many.wav");
+    const auto result = play({"--info", "--json", "six.wav", "many.wav"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    const auto json = nlohmann::json::parse(result.out);
+    ASSERT_EQ(json.size(), 2u);
+    EXPECT_EQ(
+        json[0],
+        nlohmann::json({{"path", "six.wav"},
+                        {"container", "WAV (Microsoft)"},
+                        {"codec", "32 bit float"},
+                        {"bitDepth", 32},
+                        {"sampleRate", 48000.0},
+                        {"channels", 6},
+                        {"playedChannels", 6},
+                        {"frames", 72000},
+                        {"duration", 1.5},
+                        {"clientFormat", " 6 ch,  48000 Hz, 'lpcm' (0x00000009) 32-bit little-endian float"},
+                        {"outputFormat", " 6 ch,  48000 Hz, 'lpcm' (0x00000029) 32-bit little-endian float, "
+                                         "deinterleaved"},
+                        {"tags", nlohmann::json::object()}}));
+    EXPECT_EQ(json[1]["channels"], 65);
+    EXPECT_EQ(json[1]["playedChannels"], 64);
+    const auto refused = play({"--json", "six.wav"});
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_EQ(refused.err, "kvx: play: --json requires --info; --help lists the arguments\n");
+}
+
+TEST_F(Play, InfoPrintsTheTags)
+{
+    SF_INFO info = {};
+    info.samplerate = 44100;
+    info.channels = 1;
+    info.format = SF_FORMAT_FLAC | SF_FORMAT_PCM_16;
+    SNDFILE* const file = sf_open((folder / "song.flac").c_str(), SFM_WRITE, &info);
+    sf_set_string(file, SF_STR_TITLE, "A \x1b[1mSong");
+    sf_set_string(file, SF_STR_TRACKNUMBER, "7");
+    const std::vector<float> samples(441);
+    sf_writef_float(file, samples.data(), 441);
+    sf_close(file);
+    const auto result = play({"--info", "song.flac"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    for (const char* line :
+         {"  container     FLAC (Free Lossless Audio Codec)\n", "  codec         Signed 16 bit PCM\n",
+          "  title         A ?[1mSong\n", "  track number  7\n"})
+        EXPECT_NE(result.out.find(line), std::string::npos) << line << result.out;
+    const auto json = nlohmann::json::parse(play({"--info", "--json", "song.flac"}).out);
+    EXPECT_EQ(json[0]["tags"]["title"], "A \x1b[1mSong");
 }
 
 TEST_F(Play, InfoPrintsTheChannelsThatDoNotPlay)

@@ -1,6 +1,8 @@
 // `kvx get` and `kvx set`: output and messages of single commands.
 #include "tests/endtoend/command/kvx_runner.h"
 
+#include <nlohmann/json.hpp>
+
 namespace {
 
 using namespace endtoend;
@@ -90,6 +92,38 @@ TEST(KvxGet, HexPrintsBytes)
                   std::string(47, ' ') + "|.|\n");
     EXPECT_EQ(runKvx({"get", "0", "nsrt", "--hex"}).out,
               "0000  00 00 00 00 80 88 e5 40" + std::string(26, ' ') + "|.......@|\n");
+}
+
+TEST(KvxGet, PrintsJson)
+{
+    const auto get = [](const Arguments& arguments) {
+        const auto result = runKvx(joined({"get", "--json"}, arguments));
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        return nlohmann::json::parse(result.out);
+    };
+    EXPECT_EQ(get({"0", "nsrt"}), nlohmann::json({{"object", 2},
+                                                  {"selector", "nsrt"},
+                                                  {"scope", "glob"},
+                                                  {"element", 0},
+                                                  {"value", 44100.0},
+                                                  {"name", "kAudioDevicePropertyNominalSampleRate"}}));
+    EXPECT_EQ(get({"0", "name"})["value"], "Simulated Device");
+    EXPECT_EQ(get({"0", "livn"})["value"], true);
+    EXPECT_EQ(get({"system", "dev#"})["value"], nlohmann::json({2, 4}));
+    EXPECT_EQ(get({"0", "sfm?", "rate=48000,channels=2"})["value"], true);
+    EXPECT_EQ(get({"0", "sscn", "spkr"})["value"], "Simulated Speakers");
+    EXPECT_EQ(get({"0", "nsrt", "--hex"})["value"], "000000008088e540");
+    const auto volume = get({"0", "volm", "--scope", "output", "--element", "1"});
+    EXPECT_EQ(volume["scope"], "outp");
+    EXPECT_EQ(volume["element"], 1);
+
+    const auto all = get({"0"});
+    ASSERT_TRUE(all.is_array());
+    const auto rate =
+        std::find_if(all.begin(), all.end(), [](const auto& each) { return each["selector"] == "nsrt"; });
+    ASSERT_NE(rate, all.end());
+    EXPECT_EQ(*rate, get({"0", "nsrt"}));
+    EXPECT_EQ(all.size(), lineCount(runKvx({"get", "0"}).out));
 }
 
 TEST(KvxGet, PrintsAllPropertiesOfAnObject)
