@@ -2,11 +2,13 @@
 
 #include "host/kvx/text/failure.h"
 #include "host/kvx/text/number_text.h"
+#include "host/kvx/text/terminal_text.h"
 
 #include <fmt/core.h>
 
 #include <algorithm>
 #include <strings.h>
+#include <vector>
 
 namespace kvx {
 namespace {
@@ -31,6 +33,11 @@ constexpr std::initializer_list<NamedCurve> curves = {
      {2,2,2, 3,3,3,3, 3,2,2, 2,1,1,0, 0,0,0, 0,0,0, -1,-1,-1, -2, -2,-2,-3, -3,-3,-4,-4}},
 };
 // clang-format on
+
+// A test measures the figure.
+constexpr const char* bandNote =
+    "\nNeighbouring bands add up: two at +12 dB give +14.9 dB at each of the two centres.\n"
+    "A list for --eq has one gain per band, in this order, with commas between the gains.\n";
 
 std::string names()
 {
@@ -73,9 +80,17 @@ Gains readGains(std::string_view text)
 
 std::string formatNamedCurves()
 {
+    std::vector<TableColumn> columns = {{"Hz", TableColumn::right, 0, 0}};
+    for (const NamedCurve& curve : curves) columns.push_back({curve.name, TableColumn::right, 0, 0});
+    std::vector<std::vector<std::string>> rows;
+    for (std::size_t band = 0; band < bandCount; ++band) {
+        rows.push_back({fmt::format("{}", bandCentres[band])});
+        for (const NamedCurve& curve : curves) rows.back().push_back(fmt::format("{}", curve.gains[band]));
+    }
     std::string text;
     for (const NamedCurve& curve : curves) text += fmt::format("{:<10} {}\n", curve.name, curve.purpose);
-    return text;
+    return text + "\nGains in dB by the centre of the band in Hz:\n\n" + layOutTable(columns, rows, 0) +
+           bandNote;
 }
 
 } // namespace kvx

@@ -13,6 +13,11 @@ namespace kvx {
 constexpr std::size_t bandCount = 31;
 constexpr double lowestGain = -20, highestGain = 20; // decibels
 
+/// Centre frequencies of the bands in Hz: thirds of an octave.
+constexpr std::array<double, bandCount> bandCentres = {
+    20,  25,   31.5, 40,   50,   63,   80,   100,  125,  160,  200,  250,   315,   400,   500,  630,
+    800, 1000, 1250, 1600, 2000, 2500, 3150, 4000, 5000, 6300, 8000, 10000, 12500, 16000, 20000};
+
 /// One gain per band in decibels, from the lowest band to the highest.
 using Gains = std::array<double, bandCount>;
 
@@ -30,7 +35,8 @@ std::initializer_list<NamedCurve> namedCurves();
 /// Errors  throws WrongUsage.
 Gains readGains(std::string_view text);
 
-/// List the named equaliser curves, one line with name and purpose per curve.
+/// Describe the equaliser for `--eq list`: name and purpose of each named curve, then a table with a row per
+/// band, its centre frequency and its gain in each curve.
 std::string formatNamedCurves();
 
 } // namespace kvx

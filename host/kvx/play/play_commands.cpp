@@ -103,7 +103,7 @@ OptionGroup playerOptions(PlayerOptions& options)
          "Pan of mono and stereo: -1 left only, 1 right only",
          "of the way to a side", "0", "--pan -0.5"},
         {"--eq", "GAINS", reading(readGainsOrList),
-         "31 gains separated by commas, or the name of a curve; `kvx play --eq list` prints the names",
+         "31 gains separated by commas, or the name of a curve; `kvx play --eq list` prints the bands and the curves",
          "-20 to 20 dB", "flat", "--eq bass"},
         {"--channel-map", "LIST", reading(readMap),
          "Channel of the file for each channel of the device: 1,0 swaps left and right; channels count from 0, "

@@ -1,4 +1,5 @@
 // `kvx render`: plays a file through all units of the file player into a sound file.
+#include "host/kvx/play/equaliser_curve.h"
 #include "tests/endtoend/command/kvx_runner.h"
 #include "tests/endtoend/expected_samples.h"
 #include "tests/support/tone_fit.h"
@@ -369,6 +370,36 @@ TEST_F(Render, KeepsAnEarlierResultWhenTheDiskIsFull)
               "files, or raise the limit (ulimit -f)\n");
     EXPECT_EQ(bytesOf(folder / "out.wav"), "earlier");
     EXPECT_EQ(folder.count(), 2u);
+}
+
+struct RenderEqualiser : Render {
+    /// Measure how much louder the equaliser makes a tone, in dB, if the gain of each of `bands` is 12 dB.
+    double gainAt(double hertz, const std::vector<std::size_t>& bands)
+    {
+        kvx::Gains gains = {};
+        for (const std::size_t band : bands) gains[band] = 12;
+        std::string list;
+        for (const double gain : gains) list += (list.empty() ? "" : ",") + std::to_string(gain);
+        constexpr int rate = 96000;
+        const Sound out =
+            renderOf({rate, 1, support::toneSamples(rate, hertz, 2 * rate, 1, 0.1)}, {"--eq", list});
+        return support::fitTone(out.samples, 1, 0, rate, hertz, rate, 2 * rate).level - 20 * std::log10(0.1);
+    }
+};
+
+TEST_F(RenderEqualiser, HasItsBandsAtTheListedCentres)
+{
+    for (const std::size_t band : {0u, 6u, 12u, 17u, 24u, 30u})
+        EXPECT_NEAR(gainAt(kvx::bandCentres[band], {band}), 12, 0.02) << kvx::bandCentres[band];
+}
+
+TEST_F(RenderEqualiser, AddsUpNeighbouringBandsAsTheListSays)
+{
+    for (const std::size_t band : {6u, 17u, 24u})
+        for (const std::size_t centre : {band, band + 1})
+            EXPECT_NEAR(gainAt(kvx::bandCentres[centre], {band, band + 1}), 14.9, 0.06)
+                << kvx::bandCentres[centre];
+    EXPECT_NE(runKvx({"play", "--eq", "list"}).out.find("two at +12 dB give +14.9 dB"), std::string::npos);
 }
 
 TEST_F(Render, EqListPrintsTheEqualiserCurves)

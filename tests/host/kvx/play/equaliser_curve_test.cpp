@@ -43,6 +43,24 @@ TEST(NamedCurves, HaveDifferentNamesAndGainsInRange)
     EXPECT_EQ(kvx::readGains("Flat"), kvx::Gains{});
 }
 
+TEST(NamedCurves, AreListedWithCentresAndGains)
+{
+    const std::string list = kvx::formatNamedCurves();
+    EXPECT_EQ(
+        list.rfind(
+            "flat       every band at 0 dB: leaves the sound unchanged\nbass       more below 200 Hz\n", 0),
+        0u)
+        << list;
+    for (const char* row :
+         {"\n   Hz  flat  bass  treble  loudness  voice  telephone  warm\n"
+          "   20     0     6       0         8    -12        -20     2\n"
+          "   25     0     6       0         8    -12        -20     2\n"
+          " 31.5     0     6       0         7    -12        -20     2\n",
+          "\n 1000     0     0       0         0      3          0     0\n",
+          "\n20000     0     0       6         5     -6        -20    -4\n\nNeighbouring bands add up: "})
+        EXPECT_NE(list.find(row), std::string::npos) << row << list;
+}
+
 TEST(ReadGains, ReadsOneGainPerBand)
 {
     std::string text = repeated(30, "0") + ",-20";
