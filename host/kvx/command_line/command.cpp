@@ -1,6 +1,7 @@
 #include "host/kvx/command_line/command.h"
 
 #include "host/kvx/text/number_text.h"
+#include "host/kvx/text/time_text.h"
 
 #include <fmt/core.h>
 
@@ -70,6 +71,18 @@ Target number(double& target, double low, double high)
 Target number(std::optional<double>& target, double low, double high)
 {
     return numberTarget(low, high, [&target](double value) { target = value; });
+}
+
+Target time(std::optional<double>& target, double low, double high)
+{
+    const auto read = [low, high, &target](const std::string& option, const std::string& text) {
+        target = readTime(text);
+        if (!target || *target < low || *target > high)
+            throw WrongUsage(fmt::format("{}: {} is not a time from {} to {} seconds; write {}, such as 90, 1:30.5 or "
+                                         "0:01:30",
+                                         option, text, low, high, timeUnits));
+    };
+    return {Target::Kind::single, read};
 }
 
 Target orDefault(Target other)

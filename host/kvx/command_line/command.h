@@ -85,6 +85,9 @@ Target texts(std::vector<std::string>& target); ///< any number of values
 Target number(double& target, double low, double high);
 Target number(std::optional<double>& target, double low, double high);
 
+/// Times in seconds from `low` to `high`, in the forms of readTime().
+Target time(std::optional<double>& target, double low, double high);
+
 /// A target like `other` whose value may be left out.
 Target orDefault(Target other);
 

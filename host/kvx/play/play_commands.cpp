@@ -4,6 +4,7 @@
 #include "host/kvx/play/play.h"
 #include "host/kvx/terminal/keyboard.h"
 #include "host/kvx/text/failure.h"
+#include "host/kvx/text/time_text.h"
 
 #include <cmath>
 #include <cstdio>
@@ -109,12 +110,12 @@ OptionGroup playerOptions(PlayerOptions& options)
          "Channel of the file for each channel of the device: 1,0 swaps left and right; channels count from 0, "
          "-1 is silence",
          "", "0,1,...", "--channel-map 1,0"},
-        {"--start", "SECONDS", number(options.start, 0, 1e9),
+        {"--start", "TIME", time(options.start, 0, 1e9),
          "Start position in the file",
-         "seconds", "0", "--start 2.5"},
-        {"--loop", "IN:OUT", reading(readLoopOption),
-         "Start at IN, and jump back from OUT to IN",
-         "seconds", "", "--loop 1.5:4"},
+         timeUnits, "0", "--start 0:02.5"},
+        {"--loop", "IN:OUT|IN-OUT", reading(readLoopOption),
+         "Start at IN, and jump back from OUT to IN: IN:OUT in plain seconds, such as 1.5:4, or IN-OUT with minutes",
+         timeUnits, "", "--loop 0:01.5-0:04"},
         {"--background", "", flag(options.isInBackground),
          "Load the file on a background thread",
          "", "", "--background"},
@@ -195,8 +196,8 @@ Command renderCommand()
         {"Result", {
             {"--device-rate", "HZ", number(options->deviceRate, lowestRate, highestRate),
              "Sample rate of the result", "Hz", "the rate of the file", "--device-rate 48000"},
-            {"--duration", "SECONDS", number(options->duration, 0.001, 1e6),
-             "Maximum length of the result; with --loop, the exact length", "seconds", "", "--duration 3"},
+            {"--duration", "TIME", time(options->duration, 0.001, 1e6),
+             "Maximum length of the result; with --loop, the exact length", timeUnits, "", "--duration 0:03"},
             quietOption(options->isQuiet),
         }},
         playerOptions(options->player),

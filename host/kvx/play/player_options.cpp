@@ -3,6 +3,7 @@
 #include "host/kvx/text/failure.h"
 #include "host/kvx/text/number_text.h"
 #include "host/kvx/text/terminal_text.h"
+#include "host/kvx/text/time_text.h"
 
 #include <fmt/core.h>
 
@@ -28,15 +29,26 @@ void loadWithProgress(FilePlayer& player, const std::string& path, int channels,
 
 } // namespace
 
+// A colon between the loop points makes them plain seconds, so 1:30 is a loop from 1 s to 30 s.
 Loop readLoop(const std::string& text)
 {
-    const auto colon = text.find(':');
-    const auto in = readReal(std::string_view(text).substr(0, colon));
-    const auto out = colon == text.npos ? std::nullopt : readReal(std::string_view(text).substr(colon + 1));
-    if (!in || !out)
-        throw WrongUsage(fmt::format("--loop {}: IN:OUT are two times in seconds, such as 1.5:4", text));
-    if (*in < 0) throw WrongUsage(fmt::format("--loop {}: IN must be 0 or more", text));
-    if (*out <= *in) throw WrongUsage(fmt::format("--loop {}: OUT must be later than IN", text));
+    const std::string_view whole = text;
+    const auto colon = whole.find(':'), dash = whole.find('-', 1);
+    const auto after = [whole](std::size_t at) { return at == whole.npos ? "" : whole.substr(at + 1); };
+    auto in = readReal(whole.substr(0, colon)), out = readReal(after(colon));
+    if (!in || !out) {
+        in = readTime(whole.substr(0, dash));
+        out = readTime(after(dash));
+    }
+    const auto refuse = [&text](const char* problem) {
+        throw WrongUsage(
+            fmt::format("--loop {}: {}; write IN:OUT in plain seconds, such as 1.5:4, or IN-OUT, "
+                        "such as 1:30-2:05.5",
+                        text, problem));
+    };
+    if (!in || !out) refuse("this is no loop");
+    if (*in < 0) refuse("IN must be 0 or more");
+    if (*out <= *in) refuse("OUT must be later than IN");
     return {*in, *out};
 }
 

@@ -29,8 +29,8 @@ struct PlayerOptions {
     bool isCurveListWanted = false; ///< whether to list the named equaliser curves instead of playing
 };
 
-/// Read the loop points from the text "IN:OUT".
-/// Errors  throws WrongUsage.
+/// Read the loop points from the text "IN:OUT", in plain seconds, or "IN-OUT", in the forms of readTime().
+/// Errors  throws WrongUsage, which names both forms.
 Loop readLoop(const std::string& text);
 
 /// Read a channel map: channel numbers separated by commas.

@@ -1,5 +1,7 @@
 #include "host/kvx/play/playlist.h"
 
+#include "host/kvx/text/time_text.h"
+
 #include <fmt/core.h>
 
 #include <filesystem>

@@ -4,6 +4,7 @@
 #include "host/kvx/play/session.h"
 #include "host/kvx/terminal/interrupt.h"
 #include "host/kvx/text/failure.h"
+#include "host/kvx/text/time_text.h"
 
 #include <fmt/core.h>
 

@@ -4,6 +4,7 @@
 #include "host/kvx/text/failure.h"
 #include "host/kvx/text/message.h"
 #include "host/kvx/text/terminal_text.h"
+#include "host/kvx/text/time_text.h"
 
 #include <fmt/core.h>
 
@@ -38,15 +39,6 @@ std::string formatLoop(const PlayStatus& status)
 }
 
 } // namespace
-
-std::string formatTime(double seconds)
-{
-    const auto tenths = static_cast<long long>(std::max(0.0, seconds) * 10.0);
-    const long long minutes = tenths / 600;
-    const std::string rest = fmt::format("{:02}.{}", tenths / 10 % 60, tenths % 10);
-    return minutes < 60 ? fmt::format("{}:{}", minutes, rest)
-                        : fmt::format("{}:{:02}:{}", minutes / 60, minutes % 60, rest);
-}
 
 std::string formatLevel(float peak, int places)
 {

@@ -10,9 +10,6 @@
 
 namespace kvx {
 
-/// Format a time in seconds as "0:07.3" or "1:02:03.0". The time is rounded down to tenths.
-std::string formatTime(double seconds);
-
 /// Format a peak as a bar of `places` characters, from -60 dB to full scale, and as a number:
 /// "[#########-----------]  -33.0 dB".
 std::string formatLevel(float peak, int places = 20);

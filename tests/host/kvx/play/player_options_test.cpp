@@ -69,6 +69,31 @@ TEST(PlayerOptions, AreReadFromTheCommandLine)
     EXPECT_FALSE(curves.gains);
 }
 
+TEST(PlayerOptions, AcceptTimesWithMinutes)
+{
+    const struct {
+        Arguments arguments;
+        double start, in, out;
+        const char* why;
+    } facts[] = {
+        {{"--start", "90", "--loop", "1:100"}, 90, 1, 100, "plain seconds"},
+        {{"--start", "1:30", "--loop", "1:30-2:05.5"}, 90, 90, 125.5, "minutes"},
+        {{"--start", "1:01:30.5", "--loop", "1:00:00-2:00:00"}, 3690.5, 3600, 7200, "hours"},
+        {{"--start", "2", "--loop", "1:30"}, 2, 1, 30, "one colon separates plain seconds"},
+        {{"--start", "2", "--loop", "1.5-4"}, 2, 1.5, 4, "seconds with a dash"},
+        {{"--start", "2", "--loop", "1e-3:4"}, 2, 1e-3, 4, "the dash of an exponent"},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.why);
+        kvx::PlayerOptions options;
+        EXPECT_EQ(read(fact.arguments, options), "");
+        EXPECT_EQ(options.start, fact.start);
+        ASSERT_TRUE(options.loop);
+        EXPECT_EQ(options.loop->in, fact.in);
+        EXPECT_EQ(options.loop->out, fact.out);
+    }
+}
+
 TEST(PlayerOptions, AcceptTheLimitsOfTheirRanges)
 {
     for (const Arguments& arguments : std::vector<Arguments>{
@@ -110,13 +135,25 @@ TEST(PlayerOptions, RefuseOtherValuesAndNameTheRange)
         {{"--volume", "1.01"}, "from 0 to 1"},
         {{"--pan", "1.01"}, "from -1 to 1"},
         {{"--pan", "-1.01"}, "from -1 to 1"},
-        {{"--start", "-1"}, "from 0 to"},
+        {{"--start", "-1"},
+         "--start: -1 is not a time from 0 to 1000000000 seconds; write seconds, M:SS or H:MM:SS, such as "
+         "90, 1:30.5 or 0:01:30"},
+        {{"--start", "1:5"}, "--start: 1:5 is not a time"},
         {{"--loop", "1"}, "IN:OUT"},
         {{"--loop", "1:"}, "IN:OUT"},
         {{"--loop", "a:b"}, "IN:OUT"},
         {{"--loop", "2:2"}, "OUT must be later than IN"},
         {{"--loop", "2:1"}, "OUT must be later than IN"},
         {{"--loop", "-1:1"}, "IN must be 0 or more"},
+        {{"--loop", "1:30:2:05"},
+         "--loop 1:30:2:05: this is no loop; write IN:OUT in plain seconds, such as 1.5:4, or IN-OUT, such "
+         "as 1:30-2:05.5"},
+        {{"--loop", "1:30-1:30"},
+         "--loop 1:30-1:30: OUT must be later than IN; write IN:OUT in plain seconds"},
+        {{"--loop", "1:30-"}, "this is no loop"},
+        {{"--loop", "1:30-2:5"}, "this is no loop"},
+        {{"--loop", "1-2-3"}, "this is no loop"},
+        {{"--loop", "--2"}, "this is no loop"},
         {{"--loop", "1:2", "--start", "2"}, "the loop, which goes from 1 to 2"},
         {{"--loop", "1:2", "--start", "0.9"}, "the loop, which goes from 1 to 2"},
         {{"--eq", "1,2,3"}, "31 bands"},

@@ -10,26 +10,6 @@
 
 namespace {
 
-TEST(FormatTime, CutsOffTenths)
-{
-    const struct {
-        double seconds;
-        const char* text;
-        const char* why;
-    } facts[] = {
-        {0, "0:00.0", "the start"},
-        {0.05, "0:00.0", "cut off, not rounded"},
-        {7.39, "0:07.3", "seconds have two digits"},
-        {59.99, "0:59.9", "just below a minute"},
-        {60, "1:00.0", "one minute"},
-        {3599.9, "59:59.9", "just below an hour"},
-        {3600, "1:00:00.0", "one hour"},
-        {36061.5, "10:01:01.5", "after an hour, minutes have two digits"},
-        {-1, "0:00.0", "negative times print as the start"},
-    };
-    for (const auto& fact : facts) EXPECT_EQ(kvx::formatTime(fact.seconds), fact.text) << fact.why;
-}
-
 TEST(FormatLevel, PrintsABarAndANumber)
 {
     const struct {
