@@ -24,9 +24,9 @@ void playGroup(host::Host& host, const FormatGroup& group, float gain, Session& 
     const PlaylistFile* announced = nullptr;
     Transport transport;
     transport.status = [&] {
-        return formatPosition((player.position() - static_cast<double>(group.firstFrameOf(*announced))) /
-                                  group.sampleRate(),
-                              announced->format.duration(), session.meter().takePeak());
+        return formatPlayStatus(
+            {(player.position() - static_cast<double>(group.firstFrameOf(*announced))) / group.sampleRate(),
+             announced->format.duration(), session.meter().takePeak()});
     };
     do {
         const PlaylistFile& audible = group.fileAt(static_cast<std::int64_t>(player.position()));

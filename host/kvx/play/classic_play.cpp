@@ -58,7 +58,8 @@ public:
     {
         Transport transport;
         transport.status = [this] {
-            return formatPosition(position(), file_.format.duration(), session_.meter().takePeak());
+            return formatPlayStatus(
+                {position(), file_.format.duration(), session_.meter().takePeak(), isPaused_});
         };
         transport.press = [this](Key key) {
             if (key == Key::pause) setPaused(!isPaused_);

@@ -74,10 +74,9 @@ struct Track {
     EndDetector end;
 };
 
-PlayStatus statusOf(const FilePlayer& p, const std::string& note)
+FilePlaySettings settingsOf(const FilePlayer& p)
 {
-    return {p.audiblePosition(), p.duration(), p.level(),   !p.isPlaying(), p.rate(), p.pitch(),
-            p.volume(),          p.loopIn(),   p.loopOut(), p.isLooping(),  note};
+    return {p.rate(), p.pitch(), p.loopIn(), p.loopOut(), p.isLooping()};
 }
 
 /// Plays the files of a playlist in order. The next file is loaded while the current file plays, and starts
@@ -87,7 +86,12 @@ public:
     PlaylistPlayer(host::Host& host, const Playlist& playlist, const PlayerOptions& options, Session& session)
         : host_(host), core_(host), files_(filesOf(playlist)), options_(options), session_(session)
     {
-        transport_.status = [this] { return formatPlayStatus(statusOf(current_->player, note_)); };
+        transport_.status = [this] {
+            const FilePlayer& p = current_->player;
+            const float peak = session_.meter().takePeak();
+            return formatPlayStatus({p.audiblePosition(), p.duration(), peak, !p.isPlaying(), p.volume(), note_},
+                                    settingsOf(p));
+        };
         transport_.press = [this](Key key) {
             note_ = applyKey(key, current_->player);
             if (next_) copySettings(current_->player, next_->player);

@@ -158,8 +158,6 @@ void FilePlayer::seek(double seconds)
 // tolerance is less than one frame and more than the rounding error of this division.
 bool FilePlayer::isAtEnd() const { return position() >= duration() * (1 - 1e-11); }
 
-double FilePlayer::level() const { return object_.get("MeterLevel").number(); }
-
 void FilePlayer::setDevice(ObjectID device) { write("CurrentDeviceID", device, "the device"); }
 
 double FilePlayer::volume() const { return object_.get("OutputVolume").number(); }

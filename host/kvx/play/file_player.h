@@ -101,8 +101,6 @@ public:
     void seek(double seconds); ///< moves the position to the nearest frame
     bool isAtEnd() const;      ///< whether the position is past the last frame
 
-    double level() const; ///< average power of the output in decibels
-
     // ---- settings ----
 
     void setDevice(ObjectID device);

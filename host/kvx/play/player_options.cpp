@@ -22,7 +22,8 @@ void loadWithProgress(FilePlayer& player, const std::string& path, int channels,
     std::size_t shown = 0;
     player.loadInBackground(path, channels, [&] {
         KVXPlatformDrainMainQueue(0);
-        if (progress.showLine(fmt::format("  {} Loading {}", "|/-\\"[shown % 4], name))) ++shown;
+        if (progress.showLine({{fmt::format("  {} Loading", "|/-\\"[shown % 4]), 0}, {" " + name, 1}}))
+            ++shown;
     });
     progress.wipe();
 }

@@ -148,9 +148,11 @@ bool runDevice(const KVXDeviceInfo& device, LoopSlices slices, std::uint64_t fra
         stepDevice(device, slices, step);
         done += step;
         KVXPlatformDrainMainQueue(0);
-        progress.showLine(fmt::format("  {} / {}  {:3.0f} %", formatTime(static_cast<double>(done) / rate),
-                                      formatTime(static_cast<double>(frames) / rate),
-                                      100.0 * static_cast<double>(done) / static_cast<double>(frames)));
+        progress.showLine(
+            {{"  " + formatTime(static_cast<double>(done) / rate), 1},
+             {" / " + formatTime(static_cast<double>(frames) / rate), 2},
+             {fmt::format("  {:3.0f} %", 100.0 * static_cast<double>(done) / static_cast<double>(frames)),
+              0}});
     }
     return true;
 }

@@ -66,7 +66,8 @@ bool Session::poll(const Transport& transport, std::uint64_t frames)
 {
     if (keyboard_) applyKeys(transport);
     if (isQuit_ || isInterrupted()) return false;
-    progress_.showLine(transport.status());
+    // The status takes the peak since the last live line, so it is read only when a line is due.
+    if (progress_.isLineDue()) progress_.showLine(transport.status());
     passTime(device_, isStepped_, frames);
     if (!deviceNow(device_).isAlive) throw deviceDied(device_);
     return true;

@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <string>
 
 namespace kvx {
 
@@ -70,11 +69,11 @@ private:
 /// only the callback `status`.
 /// [main]
 struct Transport {
-    std::function<std::string()> status; ///< returns the text of the live line
-    std::function<void(Key)> press;      ///< applies a key other than Key::quit
-    std::function<bool()> isPlaying;     ///< returns whether the player is playing
-    std::function<void()> pause;         ///< pauses the player, before Ctrl-Z stops the process
-    std::function<void()> play;          ///< continues playback, when the stopped process continues
+    std::function<LiveLine()> status; ///< returns the live line
+    std::function<void(Key)> press;   ///< applies a key other than Key::quit
+    std::function<bool()> isPlaying;  ///< returns whether the player is playing
+    std::function<void()> pause;      ///< pauses the player, before Ctrl-Z stops the process
+    std::function<void()> play;       ///< continues playback, when the stopped process continues
 };
 
 /// Lets the device play, reads keys and shows the live line during playback.

@@ -4,12 +4,7 @@
 #include "host/kvx/text/failure.h"
 #include "host/kvx/text/message.h"
 #include "host/kvx/text/terminal_text.h"
-#include "host/kvx/text/time_text.h"
 
-#include <fmt/core.h>
-
-#include <algorithm>
-#include <cmath>
 #include <unistd.h>
 
 namespace kvx {
@@ -18,58 +13,7 @@ namespace {
 constexpr const char* eraseToEnd =
     "\x1b[J"; // control sequence that erases from the cursor to the end of the screen
 
-constexpr double silenceDb = -120;
-
-float magnitudeOf(double db) { return db > silenceDb ? static_cast<float>(std::pow(10.0, db / 20.0)) : 0.0f; }
-
-/// Format the level. The width is the same during a pause, so that the rest of the live line does not move.
-std::string formatSound(const PlayStatus& status)
-{
-    constexpr int places = 10; // short enough that a live line without pitch and volume fits in 80 columns
-    if (status.isPaused) return "[" + std::string(places, '-') + "]   paused";
-    return formatLevel(magnitudeOf(status.level), places);
-}
-
-std::string formatLoop(const PlayStatus& status)
-{
-    if (status.loopOut > status.loopIn)
-        return fmt::format("loop {}-{}{}", formatTime(status.loopIn), formatTime(status.loopOut),
-                           status.isLooping ? "" : " off");
-    return status.loopIn > 0 ? fmt::format("loop {}-", formatTime(status.loopIn)) : "no loop";
-}
-
 } // namespace
-
-std::string formatLevel(float peak, int places)
-{
-    constexpr double floorDb = -60.0;
-    if (!(peak > 0.0f))
-        return fmt::format("[{}]   silent", std::string(static_cast<std::size_t>(places), '-'));
-    const double db = 20.0 * std::log10(double{peak});
-    const int lit = static_cast<int>(
-        std::clamp(std::ceil((db - floorDb) / -floorDb * places), 0.0, static_cast<double>(places)));
-    return fmt::format("[{}{}] {:5.1f} dB", std::string(static_cast<std::size_t>(lit), '#'),
-                       std::string(static_cast<std::size_t>(places - lit), '-'),
-                       std::clamp(db, -99.9, 999.9));
-}
-
-std::string formatPosition(double seconds, double totalSeconds, float peak)
-{
-    return fmt::format("  {} / {}  {}", formatTime(std::min(seconds, totalSeconds)), formatTime(totalSeconds),
-                       formatLevel(peak));
-}
-
-std::string formatPlayStatus(const PlayStatus& status)
-{
-    std::string line = fmt::format("  {} / {}  {}", formatTime(std::min(status.position, status.duration)),
-                                   formatTime(status.duration), formatSound(status));
-    if (!status.note.empty()) line += "  " + status.note;
-    line += fmt::format("  rate {:.2f}  {}", status.rate, formatLoop(status));
-    if (std::lround(status.pitch) != 0) line += fmt::format("  pitch {:+.0f}", status.pitch);
-    if (std::lround(status.volume * 100) != 100)
-        line += fmt::format("  volume {:.0f} %", status.volume * 100);
-    return line;
-}
 
 Verbosity verbosityFor(bool isQuiet, std::FILE* out)
 {
@@ -119,21 +63,21 @@ int Progress::exitCode() const
     return ofSignal == 0 && hasWarned_ ? 1 : ofSignal;
 }
 
-bool Progress::isTooSoon()
+bool Progress::isLineDue() const
 {
-    const auto now = std::chrono::steady_clock::now();
-    if (isShown_ && now - last_ < std::chrono::milliseconds(100)) return true;
-    last_ = now;
-    return false;
+    constexpr std::chrono::milliseconds interval(100);
+    return verbosity_ == Verbosity::live &&
+           (!isShown_ || std::chrono::steady_clock::now() - last_ >= interval);
 }
 
-bool Progress::showLine(const std::string& line)
+bool Progress::showLine(const LiveLine& line)
 {
-    if (verbosity_ != Verbosity::live || isTooSoon()) return false;
+    if (!isLineDue()) return false;
+    last_ = std::chrono::steady_clock::now();
     constexpr std::size_t usualWidth = 80;
     const std::size_t width = terminalWidth(fileno(out_));
     // The last column stays free, because some terminals move to the next line as soon as it is written.
-    std::fputs((line.substr(0, (width ? width : usualWidth) - 1) + eraseToEnd + "\r").c_str(), out_);
+    std::fputs((fitLine(line, (width ? width : usualWidth) - 1) + eraseToEnd + "\r").c_str(), out_);
     isShown_ = true;
     flush();
     return true;

@@ -16,8 +16,8 @@ std::optional<double> readSixtieth(std::string_view text, bool isLast)
 {
     const bool hasTwoDigits = text.size() >= 2 && isDigit(text[0]) && isDigit(text[1]);
     const bool isWhole = text.size() == 2;
-    const bool hasFraction = text.size() > 3 && text[2] == '.' &&
-                             std::all_of(text.begin() + 3, text.end(), isDigit);
+    const bool hasFraction =
+        text.size() > 3 && text[2] == '.' && std::all_of(text.begin() + 3, text.end(), isDigit);
     if (!hasTwoDigits || !(isWhole || (isLast && hasFraction))) return std::nullopt;
     const std::optional<double> number = readReal(text);
     return number && *number < 60 ? number : std::nullopt;

@@ -387,6 +387,29 @@ TEST_F(Play, ProgressFitsOneLine)
     EXPECT_EQ(child.wait(), 0);
 }
 
+// The peak of the device's output: half of full scale, times the volume.
+TEST_F(Play, EveryPlayMethodShowsTheSameLevel)
+{
+    const std::string file = write({44100, 2, std::vector<float>(44100 * 2 * 30, 0.5f)}, "half.wav");
+    const struct {
+        Arguments arguments;
+        const char* shown;
+    } facts[] = {
+        {{"play"}, "  [#########-]  -6.0 dB  rate 1.00"},
+        {{"play", "--volume", "0.5"}, "  [########--] -12.0 dB  rate 1.00"},
+        {{"play", "--buffered"}, "  [#########-]  -6.0 dB"},
+        {{"play", "--buffered", "--gain", "-6.0206"}, "  [########--] -12.0 dB"},
+        {{"soundstream"}, "  [#########-]  -6.0 dB"},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(testing::PrintToString(fact.arguments));
+        PtyChild child(kvxCommand(joined(fact.arguments, {"--device", "simulated", file})));
+        EXPECT_TRUE(child.waitFor(fact.shown)) << child.shown();
+        child.type("\x03");
+        EXPECT_EQ(child.wait(), 130);
+    }
+}
+
 TEST_F(Play, RestoresTheTerminalOnEverySignal)
 {
     const std::string file = writeLong();

@@ -257,7 +257,7 @@ TEST_F(SoundStream, PauseKeyLosesNoFrames)
     EXPECT_TRUE(child.waitFor("Keys: space pause, q quit"));
     EXPECT_TRUE(child.waitFor(" dB"));
     child.type(" ");
-    EXPECT_TRUE(child.waitFor("silent")) << child.shown();
+    EXPECT_TRUE(child.waitFor("paused")) << child.shown();
     child.type(" ");
     EXPECT_TRUE(child.waitFor(" dB"));
     EXPECT_TRUE(child.waitFor("Done."));
