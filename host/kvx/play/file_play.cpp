@@ -89,8 +89,8 @@ public:
         transport_.status = [this] {
             const FilePlayer& p = current_->player;
             const float peak = session_.meter().takePeak();
-            return formatPlayStatus({p.audiblePosition(), p.duration(), peak, !p.isPlaying(), p.volume(), note_},
-                                    settingsOf(p));
+            return formatPlayStatus(
+                {p.audiblePosition(), p.duration(), peak, !p.isPlaying(), p.volume(), note_}, settingsOf(p));
         };
         transport_.press = [this](Key key) {
             note_ = applyKey(key, current_->player);
@@ -128,7 +128,7 @@ private:
             const KVXDeviceInfo& device = session_.device();
             auto track = std::make_unique<Track>(
                 host_, core_, file,
-                channelsToLoad(file.format.fileChannels, static_cast<int>(device.outputChannels)));
+                channelsToLoad(options_, file.format.fileChannels, static_cast<int>(device.outputChannels)));
             std::function<void()> whileLoading;
             if (current_ && !session_.isStepped())
                 whileLoading = [this] {

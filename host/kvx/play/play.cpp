@@ -29,7 +29,7 @@ void checkOptions(const PlayerOptions& options, const Playlist& playlist, const 
 {
     const int deviceChannels = static_cast<int>(device.outputChannels);
     for (const PlaylistFile& file : filesOf(playlist))
-        checkAgainstFile(options, file, channelsToLoad(file.format.fileChannels, deviceChannels),
+        checkAgainstFile(options, file, channelsToLoad(options, file.format.fileChannels, deviceChannels),
                          deviceChannels);
 }
 

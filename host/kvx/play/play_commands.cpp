@@ -107,8 +107,8 @@ OptionGroup playerOptions(PlayerOptions& options)
          "31 gains separated by commas, or the name of a curve; `kvx play --eq list` prints the bands and the curves",
          "-20 to 20 dB", "flat", "--eq bass"},
         {"--channel-map", "LIST", reading(readMap),
-         "Channel of the file for each channel of the device: 1,0 swaps left and right; channels count from 0, "
-         "-1 is silence",
+         "Channel of the file for each channel of the device: 1,0 swaps left and right, 2,3 plays the next two; "
+         "channels count from 0, -1 is silence",
          "", "0,1,...", "--channel-map 1,0"},
         {"--start", "TIME", time(options.start, 0, 1e9),
          "Start position in the file",

@@ -112,6 +112,11 @@ int channelsToLoad(int fileChannels, int deviceChannels)
     return std::max(1, std::min(fileChannels == 1 ? 2 : fileChannels, deviceChannels));
 }
 
+int channelsToLoad(const PlayerOptions& options, int fileChannels, int deviceChannels)
+{
+    return channelsToLoad(fileChannels, options.channelMap ? mostChannels : deviceChannels);
+}
+
 std::int64_t loadFile(FilePlayer& player, const PlaylistFile& file, int channels,
                       const PlayerOptions& options, Progress& progress,
                       const std::function<void()>& whileLoading)

@@ -51,6 +51,9 @@ void checkAgainstFile(const PlayerOptions& options, const PlaylistFile& file, in
 /// A mono file becomes stereo on any other than a mono device, because the player would use one channel only.
 int channelsToLoad(int fileChannels, int deviceChannels);
 
+/// The same with options: a channel map may name each channel of the file, so all of them are loaded.
+int channelsToLoad(const PlayerOptions& options, int fileChannels, int deviceChannels);
+
 /// Load a file, and apply the options that precede the load. If `whileLoading` is set, the load uses a
 /// background thread, and the calling thread runs `whileLoading` repeatedly until the load ends.
 /// Returns  the number of loaded frames, as framesLoaded() counts them.

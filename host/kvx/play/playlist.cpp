@@ -4,9 +4,34 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <filesystem>
 
 namespace kvx {
+namespace {
+
+std::string formatChannelRange(int first, int last)
+{
+    return first == last       ? fmt::format("channel {}", first)
+           : first + 1 == last ? fmt::format("channels {} and {}", first, last)
+                               : fmt::format("channels {} to {}", first, last);
+}
+
+/// Format the channels that do not play after the first `channels`, and the command that plays the next ones.
+/// If fewer than `channels` remain, the last one plays on the rest of the device.
+std::string formatDropped(const PlaylistFile& file, int channels)
+{
+    const int last = file.format.fileChannels - 1, lastOfMap = std::min(2 * channels - 1, last);
+    std::string map;
+    for (int i = channels; i < 2 * channels; ++i)
+        map += fmt::format("{}{}", i > channels ? "," : "", std::min(i, last));
+    return fmt::format("  It plays {} of its {}, and drops {}. To hear {}: `kvx play --channel-map {} {}`{}",
+                       formatChannelRange(0, channels - 1), file.format.fileChannels,
+                       formatChannelRange(channels, last), formatChannelRange(channels, lastOfMap), map,
+                       file.path, lastOfMap < last ? ", and so on" : "");
+}
+
+} // namespace
 
 std::int64_t FormatGroup::frames() const
 {
@@ -80,9 +105,7 @@ void announce(const PlaylistFile& file, int channels, Progress& progress)
     progress.say(fmt::format("Playing {}: {} Hz, {}, {}",
                              std::filesystem::path(file.path).filename().string(), format.sampleRate,
                              formatChannels(format.fileChannels), formatTime(format.duration())));
-    if (format.fileChannels > channels)
-        progress.say(
-            fmt::format("  It plays the first {} of its {} channels.", channels, format.fileChannels));
+    if (format.fileChannels > channels) progress.say(formatDropped(file, channels));
 }
 
 std::size_t GroupReader::read(float* out, std::size_t frames)

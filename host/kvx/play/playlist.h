@@ -45,8 +45,8 @@ std::vector<std::string> pathsOf(const Playlist& playlist);
 /// Print a warning for each file with missing content.
 void warnOfMissingParts(const Playlist& playlist, Progress& progress);
 
-/// Print "Playing song.wav: 44100 Hz, stereo, 0:06.5". If the file has more than `channels` channels, also
-/// print that only the first `channels` channels play.
+/// Print "Playing song.wav: 44100 Hz, stereo, 0:06.5". If only the first `channels` channels of the file
+/// play, also print which ones do not, and a command that plays them.
 void announce(const PlaylistFile& file, int channels, Progress& progress);
 
 /// Format a number of channels: "mono", "stereo", "6 channels".

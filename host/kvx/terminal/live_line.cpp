@@ -12,7 +12,16 @@ namespace kvx {
 namespace {
 
 // The ranks of the fields. A setting that differs from its default precedes a default.
-enum Rank { positionRank, noteRank, durationRank, levelRank, volumeRank, pitchRank, changedRank, defaultRank };
+enum Rank {
+    positionRank,
+    noteRank,
+    durationRank,
+    levelRank,
+    volumeRank,
+    pitchRank,
+    changedRank,
+    defaultRank
+};
 
 /// Format the level. The width is the same during a pause, so that the rest of the live line does not move.
 std::string formatSound(const PlayStatus& status)

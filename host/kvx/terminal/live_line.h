@@ -27,7 +27,7 @@ struct PlayStatus {
     double position = 0, duration = 0;
     float peak = 0; ///< highest magnitude of the device's output since the last live line; full scale is 1
     bool isPaused = false;
-    double volume = 1; ///< factor
+    double volume = 1;  ///< factor
     std::string note{}; ///< the reason why the last key had no effect; "" if it had an effect
 };
 

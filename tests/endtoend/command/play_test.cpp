@@ -241,6 +241,31 @@ TEST_F(Play, InfoPrintsTheChannelsThatDoNotPlay)
     }
 }
 
+TEST_F(Play, AdvisesACommandThatPlaysTheDroppedChannels)
+{
+    const Sound six = support::makeNoise(44100, 6, 4410);
+    write(six, "six.wav");
+    for (const Arguments& more : {Arguments{}, {"--buffered"}}) {
+        SCOPED_TRACE(testing::PrintToString(more));
+        const auto result = play(joined({"--fast", "--device", "simulated", "six.wav"}, more));
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        const std::string advice = "drops channels 2 to 5. To hear channels 2 and 3: `kvx ";
+        const auto at = result.out.find(advice);
+        ASSERT_NE(at, std::string::npos) << result.out;
+        const auto begin = at + advice.size(), end = result.out.find('`', begin);
+
+        const std::string command = kvxPath + (" " + result.out.substr(begin, end - begin)) +
+                                    " --fast --device simulated --capture out.wav";
+        const auto advised = support::runChild({"sh", "-c", command}, {}, folder.path());
+        EXPECT_EQ(advised.exitCode, 0) << advised.err;
+        EXPECT_EQ(advised.out.find("drops"), std::string::npos) << advised.out;
+        std::vector<float> expected;
+        for (std::size_t frame = 0; frame < six.frames(); ++frame)
+            expected.insert(expected.end(), {six.samples[frame * 6 + 2], six.samples[frame * 6 + 3]});
+        expectThenSilence(support::readSound(folder / "out.wav").samples, expected);
+    }
+}
+
 TEST_F(Play, FindsFileNamesInTheOtherNormalForm)
 {
     const std::string composed = "\xc3\xa9.wav", decomposed = "e\xcc\x81.wav";

@@ -247,4 +247,18 @@ TEST(ChannelsToLoad, FitFileAndDevice)
         EXPECT_EQ(kvx::channelsToLoad(fact.file, fact.device), fact.load) << fact.why;
 }
 
+TEST(ChannelsToLoad, AreThoseThatAChannelMapMayName)
+{
+    const struct {
+        int file, device, load, loadWithMap;
+    } facts[] = {{6, 2, 2, 6}, {2, 1, 1, 2}, {1, 2, 2, 2}, {6, 8, 6, 6}, {100, 2, 2, 64}};
+    kvx::PlayerOptions options;
+    for (const auto& fact : facts) {
+        options.channelMap.reset();
+        EXPECT_EQ(kvx::channelsToLoad(options, fact.file, fact.device), fact.load);
+        options.channelMap = {1};
+        EXPECT_EQ(kvx::channelsToLoad(options, fact.file, fact.device), fact.loadWithMap);
+    }
+}
+
 } // namespace

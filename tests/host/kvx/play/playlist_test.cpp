@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+
 namespace {
 
 struct Playlist : testing::Test {
@@ -67,6 +69,52 @@ TEST_F(Playlist, ReadsAGroupAsOneSound)
         EXPECT_EQ(all, expected) << blockFrames;
         EXPECT_EQ(reader.read(samples.data(), blockFrames), 0u) << "after the end";
     }
+}
+
+std::string announced(int fileChannels, int channels)
+{
+    kvx::PlaylistFile file = {"dir/a.wav", {}};
+    file.format.sampleRate = 44100;
+    file.format.fileChannels = fileChannels;
+    file.format.frames = 44100;
+    std::FILE* const out = std::tmpfile();
+    kvx::Progress progress(kvx::Verbosity::plain, out);
+    kvx::announce(file, channels, progress);
+    std::rewind(out);
+    std::string text;
+    for (int c; (c = std::fgetc(out)) != EOF;) text += char(c);
+    std::fclose(out);
+    return text.substr(text.find('\n') + 1);
+}
+
+TEST(Announce, NamesTheDroppedChannelsAndAMapThatPlaysThem)
+{
+    const struct {
+        int fileChannels, channels;
+        const char* line;
+    } facts[] = {
+        {2, 2, ""},
+        {1, 2, ""},
+        {2, 1,
+         "  It plays channel 0 of its 2, and drops channel 1. To hear channel 1: `kvx play --channel-map 1 "
+         "dir/a.wav`\n"},
+        {3, 2,
+         "  It plays channels 0 and 1 of its 3, and drops channel 2. To hear channel 2: `kvx play "
+         "--channel-map 2,2 dir/a.wav`\n"},
+        {4, 2,
+         "  It plays channels 0 and 1 of its 4, and drops channels 2 and 3. To hear channels 2 and 3: `kvx "
+         "play "
+         "--channel-map 2,3 dir/a.wav`\n"},
+        {6, 2,
+         "  It plays channels 0 and 1 of its 6, and drops channels 2 to 5. To hear channels 2 and 3: `kvx "
+         "play "
+         "--channel-map 2,3 dir/a.wav`, and so on\n"},
+        {8, 6,
+         "  It plays channels 0 to 5 of its 8, and drops channels 6 and 7. To hear channels 6 and 7: `kvx "
+         "play "
+         "--channel-map 6,7,7,7,7,7 dir/a.wav`\n"},
+    };
+    for (const auto& fact : facts) EXPECT_EQ(announced(fact.fileChannels, fact.channels), fact.line);
 }
 
 TEST_F(Playlist, IsRefusedIfOneFileIsMissing)

@@ -54,7 +54,8 @@ TEST(PlayStatus, HasTheSamePositionAndLevelForEveryPlayMethod)
     EXPECT_EQ(fitLine(formatPlayStatus(playing()), wide), "  0:02.4 / 0:06.5  [#########-]  -9.4 dB");
     kvx::PlayStatus status = playing();
     status.volume = 0.5;
-    EXPECT_EQ(fitLine(formatPlayStatus(status), wide), "  0:02.4 / 0:06.5  [#########-]  -9.4 dB  volume 50 %");
+    EXPECT_EQ(fitLine(formatPlayStatus(status), wide),
+              "  0:02.4 / 0:06.5  [#########-]  -9.4 dB  volume 50 %");
 }
 
 TEST(PlayStatus, PrintsSettingsThatDifferFromTheDefault)
@@ -76,8 +77,7 @@ TEST(PlayStatus, PrintsSettingsThatDifferFromTheDefault)
          "loop points without looping"},
         {[](auto&, auto& s) { s.loopIn = s.loopOut = 3; }, "rate 1.00  loop 0:03.0-",
          "a loop start without a loop end"},
-        {[](auto& p, auto&) { p.note = "a note"; }, "a note  rate 1.00  no loop",
-         "a note precedes the rate"},
+        {[](auto& p, auto&) { p.note = "a note"; }, "a note  rate 1.00  no loop", "a note precedes the rate"},
     };
     for (const auto& fact : facts) {
         kvx::PlayStatus status = playing();
