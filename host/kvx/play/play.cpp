@@ -87,7 +87,7 @@ std::vector<KVXLiveCount> expectedObjects(PlayMethod method)
 int play(const PlayOptions& options)
 {
     Progress progress(verbosityFor(options.isQuiet, stdout), stdout);
-    const Playlist playlist = planPlaylist(options.files);
+    const Playlist playlist = planPlaylist(options.files, options.isRecursive, progress);
     const KVXDeviceInfo device = chooseDevice(options.device);
     checkOptions(options.player, playlist, device);
     const std::string captureTo = capturePath(options, device);
@@ -112,7 +112,7 @@ int showFileInfo(const PlayOptions& options)
 {
     useSimulatedDevicesOnly();
     Progress progress(verbosityFor(options.isQuiet, stdout), stdout);
-    const Playlist playlist = planPlaylist(options.files);
+    const Playlist playlist = planPlaylist(options.files, options.isRecursive, progress);
     Library library(options.library);
     warnOfMissingParts(playlist, progress);
     const std::string text = describeFiles(library.host(), filesOf(playlist), options.isJson, progress);

@@ -19,7 +19,9 @@ enum class PlayMethod { file, buffered, classic };
 
 struct PlayOptions {
     PlayMethod method = PlayMethod::file;
-    std::vector<std::string> files; ///< paths of the files: at least one, and exactly one for `classic`
+    std::vector<std::string> files; ///< paths of files, folders and playlist files: at least one, and exactly
+                                    ///< one file for `classic`
+    bool isRecursive = false;       ///< whether to search the folders in a folder
     DeviceRequest device;
     std::string capture;  ///< path of --capture: the WAV file for the output of the device; empty: none
     std::string keep;     ///< value NAME of --keep: capture the simulated device in NAME.wav, and draw the
@@ -33,9 +35,9 @@ struct PlayOptions {
     LibraryOptions library;
 };
 
-/// Play the files to the output device.
+/// Play the files to the output device. A file that cannot be played is reported and left out.
 /// Returns  the exit code.
-/// Errors   throws Failure.
+/// Errors   throws Failure, also if no file can be played.
 int play(const PlayOptions& options);
 
 /// Print container, codec, tags, format and duration of each file, the format as the library reports it.

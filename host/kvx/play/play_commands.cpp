@@ -132,7 +132,10 @@ Command playCommand()
     command.groups = {
         {"Arguments", {
             {"FILE", "", texts(line->files),
-             "Any files that libsndfile reads", "", "", "kvx play song.wav more.wav"},
+             "Any files that libsndfile reads, folders of such files, and playlists (.m3u, .m3u8, .pls)",
+             "", "", "kvx play song.wav more.wav"},
+            {"-r,--recursive", "", flag(line->isRecursive),
+             "Also play the files of the folders in a folder", "", "", "kvx play -r ."},
         }},
         unbuffered(playerOptions(line->player)),
         {"From the disk", {

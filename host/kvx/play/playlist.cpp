@@ -1,11 +1,14 @@
 #include "host/kvx/play/playlist.h"
 
+#include "host/kvx/files/sound_list.h"
+#include "host/kvx/text/failure.h"
 #include "host/kvx/text/time_text.h"
 
 #include <fmt/core.h>
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 
 namespace kvx {
 namespace {
@@ -29,6 +32,18 @@ std::string formatDropped(const PlaylistFile& file, int channels)
                        formatChannelRange(0, channels - 1), file.format.fileChannels,
                        formatChannelRange(channels, last), formatChannelRange(channels, lastOfMap), map,
                        file.path, lastOfMap < last ? ", and so on" : "");
+}
+
+/// Open a file and add it to the last group, or to a new group if its format differs.
+void addFile(const std::string& path, Playlist& playlist)
+{
+    refuseNestedLists(path);
+    const SoundFile file(path);
+    const SoundFormat& format = file.format();
+    const bool fits = !playlist.empty() && playlist.back().sampleRate() == format.sampleRate &&
+                      playlist.back().channels() == format.channels;
+    if (!fits) playlist.emplace_back();
+    playlist.back().files.push_back({file.path(), format});
 }
 
 } // namespace
@@ -62,14 +77,29 @@ std::int64_t FormatGroup::firstFrameOf(const PlaylistFile& file) const
 Playlist planPlaylist(const std::vector<std::string>& paths)
 {
     Playlist playlist;
-    for (const std::string& path : paths) {
-        const SoundFile file(path);
-        const SoundFormat& format = file.format();
-        const bool fits = !playlist.empty() && playlist.back().sampleRate() == format.sampleRate &&
-                          playlist.back().channels() == format.channels;
-        if (!fits) playlist.emplace_back();
-        playlist.back().files.push_back({file.path(), format});
-    }
+    for (const std::string& path : paths) addFile(path, playlist);
+    return playlist;
+}
+
+Playlist planPlaylist(const std::vector<std::string>& paths, bool isRecursive, Progress& progress)
+{
+    Playlist playlist;
+    std::optional<Failure> problem; // the last one is thrown if no file is left
+    const auto attempt = [&](const auto& work) {
+        try {
+            work();
+        } catch (const Failure& failure) {
+            if (problem) progress.warn(problem->what());
+            problem = failure;
+        }
+    };
+    for (const std::string& path : paths)
+        attempt([&] {
+            for (const std::string& file : expandList(path, isRecursive))
+                attempt([&] { addFile(file, playlist); });
+        });
+    if (problem && playlist.empty()) throw *problem;
+    if (problem) progress.warn(problem->what());
     return playlist;
 }
 

@@ -38,6 +38,11 @@ using Playlist = std::vector<FormatGroup>;
 /// Errors  throws Failure for the first file that cannot be read.
 Playlist planPlaylist(const std::vector<std::string>& paths);
 
+/// Open the files of a list, in which a path may also name a folder or a playlist file (see expandList()),
+/// and group them by format. A path or file that cannot be read is reported as a warning and left out. Errors
+/// throws Failure if no file is left.
+Playlist planPlaylist(const std::vector<std::string>& paths, bool isRecursive, Progress& progress);
+
 /// The files of all groups, in order.
 std::vector<PlaylistFile> filesOf(const Playlist& playlist);
 std::vector<std::string> pathsOf(const Playlist& playlist);

@@ -98,6 +98,32 @@ TEST_F(Play, PlaysSeveralFilesInOrder)
         << result.out;
 }
 
+TEST_F(Play, PlaysFoldersAndPlaylists)
+{
+    std::filesystem::create_directories(folder / "album/cd 1");
+    for (const char* name : {"album/2.wav", "album/10.wav", "album/cd 1/1.wav"})
+        write(support::makeNoise(44100, 2, 8820), name);
+    std::ofstream(folder / "album/list.m3u") << "10.wav\r\n2.wav\r\n";
+    const struct {
+        Arguments arguments;
+        Arguments played;
+    } facts[] = {
+        {{"album"}, {"2.wav", "10.wav"}},
+        {{"album", "-r"}, {"2.wav", "10.wav", "1.wav"}},
+        {{"album/list.m3u", "album/cd 1"}, {"10.wav", "2.wav", "1.wav"}},
+    };
+    for (const auto& fact : facts)
+        for (const Arguments& more : {Arguments{"--fast"}, {"--fast", "--buffered"}}) {
+            SCOPED_TRACE(testing::PrintToString(fact.arguments));
+            const auto result = play(joined(fact.arguments, more));
+            EXPECT_EQ(result.exitCode, 0) << result.err;
+            std::string expected;
+            for (const std::string& name : fact.played)
+                expected += "Playing " + name + ": 44100 Hz, stereo, 0:00.2\n";
+            EXPECT_NE(result.out.find(expected + "Done."), std::string::npos) << result.out;
+        }
+}
+
 // No file of the playlist ends at the end of a slice, and the second file is shorter than a slice.
 TEST_F(Play, PlaysSeveralFilesWithoutGaps)
 {

@@ -62,7 +62,9 @@ TEST_F(UsageErrors, OfPlayPrintOneLineWithAdvice)
         const char* advice; ///< the part of the message that names the next step
     } facts[] = {
         {{"missing.wav"}, "missing.wav", "check the name"},
-        {{"folder"}, "folder", "name the sound files in it"},
+        {{"folder"}, "folder has no sound files", "name another folder, or also search its folders with -r"},
+        {{"-r", "folder"}, "folder has no sound files", "name another folder"},
+        {{"missing.m3u"}, "missing.m3u does not exist", "check the name"},
         {{"text.txt"}, "text.txt", "kvx plays WAV"},
         {{"text.wav"}, "text.wav", "kvx plays WAV"},
         {{"empty.wav"}, "empty.wav", "get the file again"},
@@ -71,14 +73,12 @@ TEST_F(UsageErrors, OfPlayPrintOneLineWithAdvice)
         {{"rate0.wav"}, "rate0.wav", "(it is damaged, or is not a sound file); kvx plays WAV"},
         {{"header.wav"}, "header.wav", "kvx plays WAV"},
         {{"silent.wav"}, "silent.wav", "choose another file"},
-        {{"good.wav", "missing.wav"}, "missing.wav", "check the name"},
         {{"good.wav", "--device", "no such device"},
          "no such device",
          "; name one of these devices with --device\n"},
         {{"good.wav", "--device", "999"}, "999", "; name one of these devices with --device\n"},
         {{"good.wav", "three.wav", "--start", "0.5"}, "three.wav", "before 0.500 seconds"},
         {{"good.wav", "three.wav", "--loop", "0:0.6"}, "three.wav", "up to 0.500 seconds"},
-        {{"good.wav", "missing.wav", "--start", "5"}, "missing.wav", "check the name"},
         {{"pipe.wav"}, "pipe.wav", "copy it into a file first"},
         {{"/dev/null"}, "/dev/null", "copy it into a file first"},
         {{"good.wav", "--capture", "no/such/folder/out.wav"}, "no/such/folder/out.wav", "folder that exists"},
@@ -106,6 +106,47 @@ TEST_F(UsageErrors, OfPlayPrintOneLineWithAdvice)
         EXPECT_FALSE(fs::exists(folder / "out.wav"));
         EXPECT_EQ(folder.count(), before) << "a new file was left";
     }
+}
+
+TEST_F(UsageErrors, OfAFileInAListLeaveItOut)
+{
+    std::ofstream(folder / "list.m3u") << "good.wav\nmissing.wav\nhttp://host/a.wav\nlist.m3u\ntext.wav\n";
+    const struct {
+        Arguments arguments;
+        const char* messages;
+    } facts[] = {
+        {{"good.wav", "missing.wav"},
+         "kvx: play: missing.wav does not exist; check the name and the folder\n"},
+        {{"folder", "good.wav"},
+         "kvx: play: folder has no sound files; name another folder, or also search its folders with -r\n"},
+        {{"list.m3u"},
+         "kvx: play: missing.wav does not exist; check the name and the folder\n"
+         "kvx: play: http://host/a.wav is a URL; save it as a file, and name the file\n"
+         "kvx: play: list.m3u is a playlist in a playlist; name it in the command, or list its files\n"
+         "kvx: play: text.wav cannot be decoded (it is not a sound file); kvx plays WAV, AIFF, CAF, FLAC, "
+         "Ogg "
+         "Vorbis, Opus, MP3 and the other formats that libsndfile reads\n"},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(testing::PrintToString(fact.arguments));
+        for (const Arguments& more : {Arguments{"--fast"}, {"--fast", "--buffered"}, {"--info"}}) {
+            const auto result = run(joined({"play", "--device", "simulated"}, joined(fact.arguments, more)));
+            EXPECT_EQ(result.exitCode, 1);
+            EXPECT_EQ(result.err, fact.messages);
+            EXPECT_NE(result.out.find("good.wav"), std::string::npos) << result.out;
+        }
+    }
+}
+
+// If no file is left, the message about the last one ends the command.
+TEST_F(UsageErrors, OfAllFilesEndTheCommand)
+{
+    const auto result = run({"play", "--fast", "missing.wav", "empty.wav", "--capture", "out.wav"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, "kvx: play: missing.wav does not exist; check the name and the folder\n"
+                          "kvx: play: empty.wav is empty; get the file again\n");
+    EXPECT_EQ(result.out, "");
+    EXPECT_FALSE(fs::exists(folder / "out.wav"));
 }
 
 // kvx checks the options against all files before it plays the first one.

@@ -1,0 +1,27 @@
+// Lists of sound files that a user names by one path: folders and playlist files (.m3u, .m3u8, .pls).
+// All functions: [main].
+#pragma once
+
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+namespace kvx {
+
+/// The extensions of sound files, in lower case and without the dot. Other files of a folder are left out.
+std::initializer_list<const char*> soundFileExtensions();
+
+/// Replace a folder by its sound files, and a playlist file by its entries. Any other path stays unchanged.
+/// Shape    `isRecursive`: also search the folders in a folder. The files of a folder are sorted by name,
+/// with
+///          numbers in numeric order; hidden files and links to folders are left out. The entries of a
+///          playlist file are URLs, or paths in which relative paths begin at the folder of the playlist
+///          file.
+/// Errors   throws Failure for a list that cannot be read or has no files.
+std::vector<std::string> expandList(const std::string& path, bool isRecursive);
+
+/// Check a path that expandList() has returned.
+/// Errors  throws Failure for a URL, and for a playlist file in a playlist file, which are not played.
+void refuseNestedLists(const std::string& path);
+
+} // namespace kvx
