@@ -78,9 +78,10 @@ Target time(std::optional<double>& target, double low, double high)
     const auto read = [low, high, &target](const std::string& option, const std::string& text) {
         target = readTime(text);
         if (!target || *target < low || *target > high)
-            throw WrongUsage(fmt::format("{}: {} is not a time from {} to {} seconds; write {}, such as 90, 1:30.5 or "
-                                         "0:01:30",
-                                         option, text, low, high, timeUnits));
+            throw WrongUsage(
+                fmt::format("{}: {} is not a time from {} to {} seconds; write {}, such as 90, 1:30.5 or "
+                            "0:01:30",
+                            option, text, low, high, timeUnits));
     };
     return {Target::Kind::single, read};
 }

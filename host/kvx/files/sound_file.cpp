@@ -143,9 +143,18 @@ std::size_t SoundFile::read(float* out, std::size_t frames)
                         static_cast<UInt32>(host::checkedSize(frames, format_.channels, sizeof(float))), out};
     const OSStatus status = ExtAudioFileRead(file_.get(), &got, &list);
     if (status != noErr) throw fileFailure(path_, status);
-    framesRead_ += got;
-    if (got < frames && framesRead_ < format_.frames) isDamaged_ = true;
+    position_ += got;
+    if (got < frames && position_ < format_.frames) isDamaged_ = true;
     return got;
+}
+
+void SoundFile::seek(std::int64_t frame)
+{
+    const std::int64_t target = std::clamp(frame, std::int64_t{0}, format_.frames);
+    if (target == position_) return;
+    if (const OSStatus status = ExtAudioFileSeek(file_.get(), target); status != noErr)
+        throw fileFailure(path_, status);
+    position_ = target;
 }
 
 std::int16_t toPcm16(float sample)

@@ -43,6 +43,10 @@ public:
     /// Errors   throws Failure if the disk cannot be read.
     std::size_t read(float* out, std::size_t frames);
 
+    /// Continue at the frame number `frame`, at most format().frames.
+    /// Errors  throws Failure if the disk cannot be read.
+    void seek(std::int64_t frame);
+
     /// Whether decoding ended before format().frames, because the data is damaged.
     bool isDamaged() const { return isDamaged_; }
 
@@ -53,7 +57,7 @@ private:
     std::string path_;
     std::unique_ptr<OpaqueExtAudioFile, Dispose> file_;
     SoundFormat format_;
-    std::int64_t framesRead_ = 0;
+    std::int64_t position_ = 0;
     bool isDamaged_ = false;
 };
 

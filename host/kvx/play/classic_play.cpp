@@ -61,6 +61,7 @@ public:
             return formatPlayStatus(
                 {position(), file_.format.duration(), session_.meter().takePeak(), isPaused_});
         };
+        transport.keys = {Key::pause, Key::help, Key::quit};
         transport.press = [this](Key key) {
             if (key == Key::pause) setPaused(!isPaused_);
         };
@@ -184,7 +185,7 @@ try {
     announce(file, file.format.channels, session.progress());
     if (labelling != Labelling::bigAsLittle)
         session.progress().say("  Its buffers are labelled so that they play byte-swapped, as noise.");
-    session.enableKeys("Keys: space pause, q quit");
+    session.enableKeys();
     component.start();
     buffers.start();
     ClassicPlayback(buffers, file, session).run();

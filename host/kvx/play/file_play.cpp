@@ -1,10 +1,10 @@
 #include "host/kvx/play/file_play.h"
 
 #include "host/kvx/terminal/interrupt.h"
+#include "host/kvx/text/failure.h"
 
 #include <algorithm>
 #include <cmath>
-#include <exception>
 #include <memory>
 
 namespace kvx {
@@ -44,6 +44,14 @@ std::string toggleLoop(FilePlayer& player)
     return {};
 }
 
+void toggleFileLoop(FilePlayer& player)
+{
+    const bool isOn = player.isLooping() && player.loopIn() == 0 && player.loopOut() >= player.duration();
+    player.setLoopIn(0);
+    player.setLoopOut(player.duration());
+    player.setLooping(!isOn);
+}
+
 constexpr struct {
     Key key;
     void (*apply)(FilePlayer& player);
@@ -55,6 +63,7 @@ constexpr struct {
     {Key::softer, [](FilePlayer& p) { p.setVolume(stepped(p.volume(), -volumeStep, volumeRange)); }},
     {Key::loopIn, setLoopInHere},
     {Key::loopOut, setLoopOutHere},
+    {Key::loopFile, toggleFileLoop},
     {Key::faster, [](FilePlayer& p) { p.setRate(stepped(p.rate(), rateStep, p.rates())); }},
     {Key::slower, [](FilePlayer& p) { p.setRate(stepped(p.rate(), -rateStep, p.rates())); }},
     {Key::higher, [](FilePlayer& p) { p.setPitch(stepped(p.pitch(), pitchStep, pitchRange)); }},
@@ -63,11 +72,13 @@ constexpr struct {
 
 /// A file of the playlist, and the player that has loaded this file.
 struct Track {
-    Track(host::Host& host, const CoreAudio& core, const PlaylistFile& from, int channelCount)
-        : file(from), channels(channelCount), player(host, core, advice)
+    Track(host::Host& host, const CoreAudio& core, std::size_t number, const PlaylistFile& from,
+          int channelCount)
+        : index(number), file(from), channels(channelCount), player(host, core, advice)
     {
     }
 
+    std::size_t index; ///< number of the file in the playlist
     const PlaylistFile& file;
     int channels;
     FilePlayer player;
@@ -79,13 +90,15 @@ FilePlaySettings settingsOf(const FilePlayer& p)
     return {p.rate(), p.pitch(), p.loopIn(), p.loopOut(), p.isLooping()};
 }
 
-/// Plays the files of a playlist in order. The next file is loaded while the current file plays, and starts
-/// as soon as the current file has ended.
+/// Plays the files of a playlist in order, up to a file for the buffered player. The next file is loaded
+/// while the current file plays, and starts as soon as the current file has ended or the user skips the rest.
 class PlaylistPlayer {
 public:
-    PlaylistPlayer(host::Host& host, const Playlist& playlist, const PlayerOptions& options, Session& session)
-        : host_(host), core_(host), files_(filesOf(playlist)), options_(options), session_(session)
+    PlaylistPlayer(host::Host& host, const std::vector<PlaylistFile>& files, PlayOrder& order,
+                   const PlayerOptions& options, Session& session)
+        : host_(host), core_(host), files_(files), order_(order), options_(options), session_(session)
     {
+        transport_.keys = allKeys();
         transport_.status = [this] {
             const FilePlayer& p = current_->player;
             const float peak = session_.meter().takePeak();
@@ -93,7 +106,8 @@ public:
                 {p.audiblePosition(), p.duration(), peak, !p.isPlaying(), p.volume(), note_}, settingsOf(p));
         };
         transport_.press = [this](Key key) {
-            note_ = applyKey(key, current_->player);
+            note_ = press(key);
+            session_.volume().value = current_->player.volume();
             if (next_) copySettings(current_->player, next_->player);
         };
         transport_.isPlaying = [this] { return current_->player.isPlaying(); };
@@ -104,47 +118,71 @@ public:
         transport_.play = [this] { current_->player.play(); };
     }
 
-    /// Play until the end of the last file, or until a key or a signal of the user ends playback.
-    void run()
+    /// Play from the file `first` until the end of the last file, a file for the buffered player, or a key or
+    /// a signal that ends playback. Returns  the number of the file for the buffered player; nullopt if
+    /// playback has ended.
+    std::optional<std::size_t> run(std::size_t first)
     {
-        loadNext();
-        if (loadError_) std::rethrow_exception(loadError_);
-        if (isInterrupted()) return;
-        startNext();
+        wanted_ = first;
+        while (!current_) {
+            if (!isWantedHere()) return wanted_;
+            loadWanted();
+            if (isInterrupted()) return std::nullopt;
+            if (next_) startNext();
+        }
         do {
             // No file is loaded while a former file is audible, so that at most two files are in memory.
-            if (!former_ && !next_ && loadedCount_ < files_.size()) loadNext();
+            if (!former_ && isWantedHere() && !isWantedLoaded()) loadWanted();
         } while (advance());
         current_->player.pause();
+        return session_.isOver() ? std::nullopt : wanted_;
     }
 
 private:
-    /// Load the next file. If a file plays in real time, the load uses a background thread, and playback
-    /// continues. A stepped device (faster than real time) renders nothing during the load.
-    void loadNext()
+    /// Whether there is a next file, and this player plays it.
+    bool isWantedHere() const
     {
+        return wanted_ && !isForBufferedPlayer(options_, files_[*wanted_], session_.device());
+    }
+
+    bool isWantedLoaded() const { return next_ && wanted_ == next_->index; }
+
+    /// Load the next file. If a file plays in real time, the load uses a background thread, and playback
+    /// continues. A stepped device (faster than real time) renders nothing during the load. A file that fails
+    /// to load is reported and left out, unless no other file is left.
+    void loadWanted()
+    {
+        const std::size_t index = *wanted_;
+        next_.reset();
         try {
-            const PlaylistFile& file = files_[loadedCount_];
-            const KVXDeviceInfo& device = session_.device();
-            auto track = std::make_unique<Track>(
-                host_, core_, file,
-                channelsToLoad(options_, file.format.fileChannels, static_cast<int>(device.outputChannels)));
-            std::function<void()> whileLoading;
-            if (current_ && !session_.isStepped())
-                whileLoading = [this] {
-                    if (!advance()) current_->player.pause();
-                };
-            loadFile(track->player, file, track->channels, options_, session_.progress(), whileLoading);
-            track->player.setDevice(device.device);
-            applyOptions(options_, track->player);
-            next_ = std::move(track);
-            if (current_) copySettings(current_->player, next_->player);
-            ++loadedCount_;
-        } catch (...) {
-            loadError_ =
-                std::current_exception(); // checkEnds() rethrows the error when the current file has ended
-            loadedCount_ = files_.size();
+            next_ = load(index);
+        } catch (const Failure& failure) {
+            order_.leaveOut(index);
+            if (order_.isEmpty() || !deviceNow(session_.device()).isAlive) throw;
+            session_.progress().warn(failure.what());
+            if (wanted_ == index) wanted_ = isGoingBack_ ? order_.before(index) : order_.after(index);
+            if (!wanted_ && current_) goOn();
         }
+    }
+
+    std::unique_ptr<Track> load(std::size_t index)
+    {
+        const PlaylistFile& file = files_[index];
+        const KVXDeviceInfo& device = session_.device();
+        auto track = std::make_unique<Track>(
+            host_, core_, index, file,
+            channelsToLoad(options_, file.format.fileChannels, static_cast<int>(device.outputChannels)));
+        std::function<void()> whileLoading;
+        if (current_ && !session_.isStepped())
+            whileLoading = [this] {
+                if (!advance()) current_->player.pause();
+            };
+        loadFile(track->player, file, track->channels, options_, session_.progress(), whileLoading);
+        track->player.setDevice(device.device);
+        applyOptions(options_, track->player);
+        track->player.setVolume(session_.volume().value);
+        if (current_) copySettings(current_->player, track->player);
+        return track;
     }
 
     /// Start the next player before the former player stops, because the device stops without a player.
@@ -153,23 +191,59 @@ private:
         next_->player.play();
         former_ = std::move(current_);
         current_ = std::move(next_);
+        if (isSkipping_) former_.reset();
+        goOn();
         announce(current_->file, current_->channels, session_.progress());
+    }
+
+    /// Let the current file play to its end.
+    void goOn()
+    {
+        wanted_ = order_.after(current_->index);
+        isSkipping_ = isGoingBack_ = false;
+    }
+
+    /// Returns  the reason why the key had no effect; "" if it had an effect.
+    std::string press(Key key)
+    {
+        FilePlayer& player = current_->player;
+        if (key == Key::next) return skipTo(order_.after(isSkipping_ ? *wanted_ : current_->index), false);
+        if (key == Key::previous) {
+            const auto before = order_.before(isSkipping_ ? *wanted_ : current_->index);
+            if (before && player.position() < restartSeconds) return skipTo(before, true);
+            player.seek(0);
+        } else if (key == Key::mute) {
+            session_.volume().toggleMute();
+            player.setVolume(session_.volume().value);
+        } else {
+            return applyKey(key, player);
+        }
+        return {};
+    }
+
+    std::string skipTo(std::optional<std::size_t> file, bool isBack)
+    {
+        if (!file) return lastFileNote;
+        wanted_ = file;
+        isSkipping_ = true;
+        isGoingBack_ = isBack;
+        return {};
     }
 
     /// Poll the session, and start the next file if it is due.
     /// Returns  false after the end of playback.
     bool advance() { return session_.poll(transport_, framesToEnd()) && checkEnds(); }
 
-    /// Start the next file if the current file has ended, and release a player whose tail has ended.
-    /// Returns  false after the last sound of the last file.
+    /// Start the next file if the current file has ended or is skipped, and release a player whose tail has
+    /// ended.
+    /// Returns  false after the last sound of the last file, or if the user skips to a file for another
+    /// player.
     bool checkEnds()
     {
-        if (next_ && hasEnded(*current_, Until::latency)) startNext();
+        if (isWantedLoaded() && (isSkipping_ || hasEnded(*current_, Until::latency))) startNext();
         if (former_ && hasEnded(*former_, Until::tail)) former_.reset();
-        const bool isLast = !next_ && loadedCount_ == files_.size();
-        if (!isLast || former_ || !hasEnded(*current_, Until::device)) return true;
-        if (loadError_) std::rethrow_exception(loadError_);
-        return false;
+        if (isWantedHere()) return true;
+        return !isSkipping_ && (former_ || !hasEnded(*current_, Until::device));
     }
 
     /// Moments after a player has reached the last frame of its file, in order of time.
@@ -207,16 +281,18 @@ private:
 
     host::Host& host_;
     const CoreAudio core_;
-    const std::vector<PlaylistFile> files_;
+    const std::vector<PlaylistFile>& files_;
+    PlayOrder& order_;
     const PlayerOptions& options_;
     Session& session_;
     Transport transport_;
-    std::string note_;               // for the live line: the reason why the last key had no effect, or ""
-    std::unique_ptr<Track> former_;  // a file that has ended, and whose tail is still audible; may be null
-    std::unique_ptr<Track> current_; // the file that plays
-    std::unique_ptr<Track> next_;    // a loaded file that has not started; may be null
-    std::size_t loadedCount_ = 0;
-    std::exception_ptr loadError_;
+    std::string note_;                  // for the live line: the reason why the last key had no effect, or ""
+    std::unique_ptr<Track> former_;     // a file that has ended, and whose tail is still audible; may be null
+    std::unique_ptr<Track> current_;    // the file that plays
+    std::unique_ptr<Track> next_;       // a loaded file that has not started; may be null
+    std::optional<std::size_t> wanted_; // number of the next file; nullopt after the last file
+    bool isSkipping_ = false;           // whether the next file starts before the current file has ended
+    bool isGoingBack_ = false;          // whether the next file precedes the current file
 };
 
 } // namespace
@@ -244,10 +320,25 @@ void copySettings(const FilePlayer& from, FilePlayer& to)
     to.setPitch(from.pitch()); // with varispeed, the pitch sets the same value as the rate, but more exactly
 }
 
-void playFiles(host::Host& host, const Playlist& playlist, const PlayerOptions& options, Session& session)
+bool isForBufferedPlayer(const PlayerOptions& options, const PlaylistFile& file, const KVXDeviceInfo& device)
 {
-    session.enableKeys(keyHelp());
-    PlaylistPlayer(host, playlist, options, session).run();
+    const bool needsFilePlayer = options.rate || options.pitch || options.pan || options.loop ||
+                                 options.gains || options.channelMap || options.unit != RateUnit::timePitch;
+    return !needsFilePlayer && loadedBytes(options, file, device) > mostLoadedBytes;
+}
+
+double loadedBytes(const PlayerOptions& options, const PlaylistFile& file, const KVXDeviceInfo& device)
+{
+    const int channels =
+        channelsToLoad(options, file.format.fileChannels, static_cast<int>(device.outputChannels));
+    return static_cast<double>(file.format.frames) * channels * sizeof(float);
+}
+
+std::optional<std::size_t> playFiles(host::Host& host, const std::vector<PlaylistFile>& files,
+                                     std::size_t first, PlayOrder& order, const PlayerOptions& options,
+                                     Session& session)
+{
+    return PlaylistPlayer(host, files, order, options, session).run(first);
 }
 
 } // namespace kvx

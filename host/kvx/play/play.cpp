@@ -17,6 +17,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 
@@ -40,23 +41,50 @@ std::string capturePath(const PlayOptions& options, const KVXDeviceInfo& device)
     return !options.keep.empty() && device.isSimulated ? options.keep + ".wav" : "";
 }
 
-/// Play all groups of files by the requested play method.
+/// Play a file by the method `buffered`, and all files of the same format that follow, unless only this file
+/// is too long for the memory. Returns  the number of the file that plays next; nullopt if playback has
+/// ended.
+std::optional<std::size_t> playBufferedFrom(host::Host& host, const std::vector<PlaylistFile>& files,
+                                            std::size_t first, const PlayOrder& order,
+                                            const PlayOptions& options, Session& session)
+{
+    if (options.method == PlayMethod::buffered)
+        return playBuffered(host, groupFrom(files, first), first, 0, order, options.gain, session);
+    const PlaylistFile& file = files[first];
+    session.progress().say(fmt::format("{} needs {:.1f} GiB, too much for the memory, so it plays from the "
+                                       "disk, without rate, pitch and loops.",
+                                       file.path,
+                                       loadedBytes(options.player, file, session.device()) / (1 << 30)));
+    const auto start = std::llround(options.player.start.value_or(0) * file.format.sampleRate);
+    return playBuffered(host, {{file}}, first, start, order, 1, session);
+}
+
+/// Play the files by the method `file` or `buffered`.
+void playList(host::Host& host, const std::vector<PlaylistFile>& files, const PlayOptions& options,
+              Session& session)
+{
+    PlayOrder order(files.size(), options.isEndless);
+    session.volume().value = options.player.volume.value_or(1);
+    session.enableKeys();
+    for (std::optional<std::size_t> next = 0; next;) {
+        const bool isBuffered = options.method == PlayMethod::buffered ||
+                                isForBufferedPlayer(options.player, files[*next], session.device());
+        next = isBuffered ? playBufferedFrom(host, files, *next, order, options, session)
+                          : playFiles(host, files, *next, order, options.player, session);
+    }
+}
+
+/// Play all files by the requested play method.
 /// Returns  whether the device has rendered at least one frame.
-bool playGroups(host::Host& host, const Playlist& playlist, const PlayOptions& options,
-                const KVXDeviceInfo& device, Progress& progress)
+bool playAll(host::Host& host, const Playlist& playlist, const PlayOptions& options,
+             const KVXDeviceInfo& device, Progress& progress)
 {
     Session session(device, options.device.isStepped, progress);
-    switch (options.method) {
-    case PlayMethod::file:
-        playFiles(host, playlist, options.player, session);
-        break;
-    case PlayMethod::buffered:
-        playBuffered(host, playlist, options.gain, session);
-        break;
-    case PlayMethod::classic:
-        playClassic(host, filesOf(playlist).front(), options.gain, options.labelling, session);
-        break;
-    }
+    const std::vector<PlaylistFile> files = filesOf(playlist);
+    if (options.method == PlayMethod::classic)
+        playClassic(host, files.front(), options.gain, options.labelling, session);
+    else
+        playList(host, files, options, session);
     return session.meter().frames() > 0;
 }
 
@@ -101,7 +129,7 @@ int play(const PlayOptions& options)
 
     warnOfMissingParts(playlist, progress);
     progress.say(formatDevice(device, options.device));
-    const bool hasPlayed = playGroups(library.host(), playlist, options, device, progress);
+    const bool hasPlayed = playAll(library.host(), playlist, options, device, progress);
     if (isInterrupted()) progress.leaveLine();
     progress.say(isInterrupted() ? "Stopped." : "Done.");
     if (capture && (hasPlayed || !isInterrupted())) keepCapture(*capture, options, captureTo, progress);

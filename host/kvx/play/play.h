@@ -21,6 +21,7 @@ struct PlayOptions {
     PlayMethod method = PlayMethod::file;
     std::vector<std::string> files; ///< paths of files, folders and playlist files: at least one, and exactly
                                     ///< one file for `classic`
+    bool isEndless = false;         ///< whether the first file follows the last one
     bool isRecursive = false;       ///< whether to search the folders in a folder
     DeviceRequest device;
     std::string capture;  ///< path of --capture: the WAV file for the output of the device; empty: none

@@ -1,6 +1,7 @@
 #include "host/kvx/play/play_commands.h"
 
 #include "host/kvx/command_line/shared_options.h"
+#include "host/kvx/play/buffered_play.h"
 #include "host/kvx/play/play.h"
 #include "host/kvx/terminal/keyboard.h"
 #include "host/kvx/text/failure.h"
@@ -56,6 +57,12 @@ Option captureOption(std::string& path)
 }
 
 // clang-format on
+
+std::string keysNote()
+{
+    return fmt::format("Keys, on a terminal and without --fast: {}. With --buffered: {}.",
+                       formatKeySentence(allKeys()), formatKeyNames(bufferedKeys()));
+}
 
 /// The options of the file player, which the option --buffered excludes.
 OptionGroup unbuffered(OptionGroup group)
@@ -136,6 +143,8 @@ Command playCommand()
              "", "", "kvx play song.wav more.wav"},
             {"-r,--recursive", "", flag(line->isRecursive),
              "Also play the files of the folders in a folder", "", "", "kvx play -r ."},
+            {"--loop-all", "", flag(line->isEndless),
+             "Play the files again and again, until q or Ctrl-C", "", "", "--loop-all"},
         }},
         unbuffered(playerOptions(line->player)),
         {"From the disk", {
@@ -164,7 +173,7 @@ Command playCommand()
     };
     // clang-format on
     command.notes = {
-        std::string(keyHelp()) + " (on a terminal, without --buffered and --fast).",
+        keysNote(),
         "A loop jumps back at the end of the device's slice that reaches OUT; `kvx render` can be "
         "exact to the frame."};
     command.check = [line] {
@@ -259,7 +268,7 @@ Command soundStreamCommand()
         libraryOptions(line->library),
     };
     // clang-format on
-    command.notes = {"Keys: space pause, q quit (on a terminal, without --fast).", byteOrders};
+    command.notes = {"Keys, on a terminal and without --fast: space pause, ? all keys, q quit.", byteOrders};
     command.check = [line] { line->gain = factorOf(line->gainDb); };
     command.run = [line] { return play(*line); };
     return command;

@@ -34,15 +34,18 @@ std::string formatDropped(const PlaylistFile& file, int channels)
                        file.path, lastOfMap < last ? ", and so on" : "");
 }
 
+bool fits(const SoundFormat& format, const FormatGroup& group)
+{
+    return format.sampleRate == group.sampleRate() && format.channels == group.channels();
+}
+
 /// Open a file and add it to the last group, or to a new group if its format differs.
 void addFile(const std::string& path, Playlist& playlist)
 {
     refuseNestedLists(path);
     const SoundFile file(path);
     const SoundFormat& format = file.format();
-    const bool fits = !playlist.empty() && playlist.back().sampleRate() == format.sampleRate &&
-                      playlist.back().channels() == format.channels;
-    if (!fits) playlist.emplace_back();
+    if (playlist.empty() || !fits(format, playlist.back())) playlist.emplace_back();
     playlist.back().files.push_back({file.path(), format});
 }
 
@@ -103,6 +106,13 @@ Playlist planPlaylist(const std::vector<std::string>& paths, bool isRecursive, P
     return playlist;
 }
 
+FormatGroup groupFrom(const std::vector<PlaylistFile>& files, std::size_t first)
+{
+    FormatGroup group = {{files[first]}};
+    while (++first < files.size() && fits(files[first].format, group)) group.files.push_back(files[first]);
+    return group;
+}
+
 std::vector<PlaylistFile> filesOf(const Playlist& playlist)
 {
     std::vector<PlaylistFile> files;
@@ -150,10 +160,19 @@ std::size_t GroupReader::read(float* out, std::size_t frames)
             open_->read(out + done * static_cast<std::size_t>(group_.channels()), frames - done);
         done += got;
         if (done == frames) break;
-        if (open_->isDamaged()) damagedFiles_.push_back(open_->path());
+        const bool isNew = damagedFiles_.empty() || damagedFiles_.back() != open_->path();
+        if (open_->isDamaged() && isNew) damagedFiles_.push_back(open_->path());
         open_.reset(); // closes the file that has been read to its end
     }
     return done;
+}
+
+void GroupReader::seek(std::int64_t frame)
+{
+    const PlaylistFile& file = group_.fileAt(frame);
+    next_ = static_cast<std::size_t>(&file - group_.files.data()) + 1;
+    open_ = std::make_unique<SoundFile>(file.path);
+    open_->seek(frame - group_.firstFrameOf(file));
 }
 
 } // namespace kvx

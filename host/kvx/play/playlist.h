@@ -43,6 +43,9 @@ Playlist planPlaylist(const std::vector<std::string>& paths);
 /// throws Failure if no file is left.
 Playlist planPlaylist(const std::vector<std::string>& paths, bool isRecursive, Progress& progress);
 
+/// The group of the consecutive files of one format that begins with the file number `first`.
+FormatGroup groupFrom(const std::vector<PlaylistFile>& files, std::size_t first);
+
 /// The files of all groups, in order.
 std::vector<PlaylistFile> filesOf(const Playlist& playlist);
 std::vector<std::string> pathsOf(const Playlist& playlist);
@@ -67,6 +70,10 @@ public:
     /// Returns  the number of decoded frames; less than `frames` only at the end of the group.
     /// Errors   throws Failure if the disk cannot be read.
     std::size_t read(float* out, std::size_t frames);
+
+    /// Continue at the frame number `frame` of the group.
+    /// Errors  throws Failure.
+    void seek(std::int64_t frame);
 
     /// Paths of the files whose data, as far as it was read, stopped decoding before the last frame.
     const std::vector<std::string>& damagedFiles() const { return damagedFiles_; }

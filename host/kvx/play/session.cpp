@@ -54,18 +54,25 @@ Session::Session(const KVXDeviceInfo& device, bool isStepped, Progress& progress
 {
 }
 
-void Session::enableKeys(const char* help)
+void Volume::toggleMute()
 {
-    if (isStepped_) return;
+    if (value > 0) beforeMute = value;
+    value = value > 0 ? 0 : beforeMute;
+}
+
+void Session::enableKeys()
+{
+    if (isStepped_ || areKeysEnabled_) return;
+    areKeysEnabled_ = true;
     const char* obstacle = Keyboard::obstacle();
-    progress_.say(obstacle ? fmt::format("No keys: {}. Ctrl-C ends.", obstacle) : help);
+    progress_.say(obstacle ? fmt::format("No keys: {}. Ctrl-C ends.", obstacle) : keyHint);
     if (!obstacle) keyboard_.emplace();
 }
 
 bool Session::poll(const Transport& transport, std::uint64_t frames)
 {
     if (keyboard_) applyKeys(transport);
-    if (isQuit_ || isInterrupted()) return false;
+    if (isOver()) return false;
     // The status takes the peak since the last live line, so it is read only when a line is due.
     if (progress_.isLineDue()) progress_.showLine(transport.status());
     passTime(device_, isStepped_, frames);
@@ -73,12 +80,16 @@ bool Session::poll(const Transport& transport, std::uint64_t frames)
     return true;
 }
 
+bool Session::isOver() const { return isQuit_ || isInterrupted(); }
+
 void Session::applyKeys(const Transport& transport)
 {
     if (Keyboard::isStopRequested()) stopWithProcess(transport);
     for (const Key key : keyboard_->read()) {
         if (key == Key::quit)
             isQuit_ = true;
+        else if (key == Key::help)
+            for (const std::string& line : formatKeys(transport.keys)) progress_.say(line);
         else
             transport.press(key);
         progress_.hurry();

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <vector>
 
 namespace kvx {
 
@@ -65,12 +66,21 @@ private:
     bool isEndSeen_ = false;
 };
 
-/// The callbacks through which Session::poll() controls a player. A way to play that handles no keys sets
-/// only the callback `status`.
+/// The volume that the user sets with keys, as a factor.
+/// [main]
+struct Volume {
+    double value = 1;
+    double beforeMute = 1; ///< the volume to which the key that mutes returns
+
+    void toggleMute();
+};
+
+/// The callbacks through which Session::poll() controls a player, and the keys that the player applies.
 /// [main]
 struct Transport {
     std::function<LiveLine()> status; ///< returns the live line
-    std::function<void(Key)> press;   ///< applies a key other than Key::quit
+    std::vector<Key> keys;            ///< the keys that the help lists
+    std::function<void(Key)> press;   ///< applies a key other than Key::quit and Key::help
     std::function<bool()> isPlaying;  ///< returns whether the player is playing
     std::function<void()> pause;      ///< pauses the player, before Ctrl-Z stops the process
     std::function<void()> play;       ///< continues playback, when the stopped process continues
@@ -84,19 +94,23 @@ public:
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    /// Read keys from now on, and print `help`; if no keys can be read, print the reason. Has no effect if
-    /// the device is stepped (runs faster than real time).
-    void enableKeys(const char* help);
+    /// Read keys from now on, and print keyHint; if no keys can be read, print the reason. Has no effect if
+    /// the device is stepped (runs faster than real time), or in later calls.
+    void enableKeys();
 
     /// Apply the typed keys, update the live line, and let the device play by passTime() with `frames`.
     /// Returns  false after the key that quits, or after a signal of the user.
     /// Errors   throws Failure if the device dies.
     bool poll(const Transport& transport, std::uint64_t frames = longestStep);
 
+    /// Whether a key or a signal of the user has ended playback.
+    bool isOver() const;
+
     const KVXDeviceInfo& device() const { return device_; } ///< the device, as it was when the session began
     bool isStepped() const { return isStepped_; }
     Progress& progress() { return progress_; }
     Meter& meter() { return meter_; }
+    Volume& volume() { return volume_; }
 
 private:
     void applyKeys(const Transport& transport);
@@ -106,6 +120,8 @@ private:
     const bool isStepped_;
     Progress& progress_;
     Meter meter_;
+    Volume volume_;
+    bool areKeysEnabled_ = false;
     std::optional<Keyboard> keyboard_;
     bool isQuit_ = false;
 };

@@ -2,6 +2,8 @@
 
 #include "host/kvx/terminal/interrupt.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <csignal>
 #include <iterator>
@@ -15,32 +17,64 @@ namespace {
 
 constexpr char escape = '\x1b';
 
-// clang-format off
-struct KeyByte {
-    char byte;
+/// What the terminal sends for a key, and what the key does.
+struct KeyFact {
     Key key;
+    std::string_view bytes; ///< each of these characters is the key
+    char arrow; ///< last byte of the sequence of an arrow key, such as ESC [ A or ESC O A; 0: no arrow
+    const char* name;
+    const char* action;
 };
 
-constexpr KeyByte plainKeys[] = {
-    {' ', Key::pause},  {'[', Key::loopIn}, {']', Key::loopOut}, {'l', Key::loop},  {'L', Key::loop},
-    {'+', Key::faster}, {'=', Key::faster}, {'-', Key::slower},  {'_', Key::slower},
-    {'>', Key::higher}, {'.', Key::higher}, {'<', Key::lower},   {',', Key::lower},
-    {'q', Key::quit},   {'Q', Key::quit},
-};
-
-// The last bytes of the escape sequences of arrow keys, such as ESC [ A or ESC O A. A modifier key adds numbers
-// before the last byte, which the decoder skips.
-constexpr KeyByte arrows[] = {
-    {'A', Key::louder}, {'B', Key::softer}, {'C', Key::forward}, {'D', Key::back},
+// clang-format off
+constexpr KeyFact keyFacts[] = {
+    {Key::pause,    " ",  0,   "space", "pause, or continue"},
+    {Key::back,     "",   'D', "left",  "5 seconds back"},
+    {Key::forward,  "",   'C', "right", "5 seconds forward"},
+    {Key::next,     "nN", 0,   "n",     "next file"},
+    {Key::previous, "pP", 0,   "p",     "start of the file, or in its first 3 seconds the previous file"},
+    {Key::louder,   "",   'A', "up",    "louder by 5 %"},
+    {Key::softer,   "",   'B', "down",  "softer by 5 %"},
+    {Key::mute,     "mM", 0,   "m",     "mute, or back to the volume before"},
+    {Key::loopIn,   "[",  0,   "[",     "set the loop start here"},
+    {Key::loopOut,  "]",  0,   "]",     "set the loop end here"},
+    {Key::loop,     "lL", 0,   "l",     "loop from [ to ], on or off"},
+    {Key::loopFile, "wW", 0,   "w",     "loop the whole file, on or off"},
+    {Key::faster,   "+=", 0,   "+",     "faster by 5 % of the normal speed"},
+    {Key::slower,   "-_", 0,   "-",     "slower by 5 % of the normal speed"},
+    {Key::higher,   ">.", 0,   ">",     "pitch up by a semitone"},
+    {Key::lower,    "<,", 0,   "<",     "pitch down by a semitone"},
+    {Key::help,     "?",  0,   "?",     "list the keys"},
+    {Key::quit,     "qQ", 0,   "q",     "quit"},
 };
 // clang-format on
 
-template <std::size_t count>
-std::optional<Key> find(const KeyByte (&keys)[count], char byte)
+static_assert(std::size(keyFacts) == static_cast<std::size_t>(Key::quit) + 1, "each key has a row");
+
+/// The key of the first row for which `fits` is true.
+template <class Fits>
+std::optional<Key> findKey(Fits fits)
 {
-    const auto* found = std::find_if(std::begin(keys), std::end(keys),
-                                     [byte](const KeyByte& each) { return each.byte == byte; });
-    return found == std::end(keys) ? std::nullopt : std::optional(found->key);
+    const KeyFact* const found = std::find_if(std::begin(keyFacts), std::end(keyFacts), fits);
+    return found == std::end(keyFacts) ? std::nullopt : std::optional(found->key);
+}
+
+std::optional<Key> keyOfByte(char byte)
+{
+    return findKey([byte](const KeyFact& fact) { return fact.bytes.find(byte) != fact.bytes.npos; });
+}
+
+/// The arrow key whose sequence ends with `last`. A modifier key adds numbers before the last byte, which the
+/// decoder skips.
+std::optional<Key> keyOfArrow(char last)
+{
+    return findKey([last](const KeyFact& fact) { return fact.arrow == last; });
+}
+
+const KeyFact& factOf(Key key)
+{
+    return *std::find_if(std::begin(keyFacts), std::end(keyFacts),
+                         [key](const KeyFact& fact) { return fact.key == key; });
 }
 
 bool isLastOfSequence(char byte) { return byte >= 0x40 && byte <= 0x7e; }
@@ -99,9 +133,34 @@ extern "C" void restoreAndEnd(int signal)
 
 } // namespace
 
-const char* keyHelp()
+std::vector<Key> allKeys()
 {
-    return "Keys: space pause, arrows seek and volume, [ ] loop points, l loop, + - rate, < > pitch, q quit";
+    std::vector<Key> keys;
+    for (const KeyFact& fact : keyFacts) keys.push_back(fact.key);
+    return keys;
+}
+
+std::vector<std::string> formatKeys(const std::vector<Key>& keys)
+{
+    std::vector<std::string> lines;
+    for (const Key key : keys)
+        lines.push_back(fmt::format("  {:<7}{}", factOf(key).name, factOf(key).action));
+    return lines;
+}
+
+std::string formatKeySentence(const std::vector<Key>& keys)
+{
+    std::string text;
+    for (const Key key : keys)
+        text += fmt::format("{}{}: {}", text.empty() ? "" : "; ", factOf(key).name, factOf(key).action);
+    return text;
+}
+
+std::string formatKeyNames(const std::vector<Key>& keys)
+{
+    std::string names;
+    for (const Key key : keys) names += fmt::format("{}{}", names.empty() ? "" : ", ", factOf(key).name);
+    return names;
 }
 
 std::vector<Key> KeyDecoder::decode(std::string_view bytes)
@@ -112,13 +171,13 @@ std::vector<Key> KeyDecoder::decode(std::string_view bytes)
         if (byte == escape) {
             sequence_ = byte; // begins a sequence, and discards an unfinished one
         } else if (sequence_.empty()) {
-            key = find(plainKeys, byte);
+            key = keyOfByte(byte);
         } else if (sequence_.size() == 1) {
             sequence_ += byte;
             if (byte == '[' || byte == 'O') continue;
             sequence_.clear(); // Escape and one character are a key typed with Alt, which has no action
         } else if (isLastOfSequence(byte)) {
-            key = find(arrows, byte);
+            key = keyOfArrow(byte);
             sequence_.clear();
         }
         if (key) keys.push_back(*key);

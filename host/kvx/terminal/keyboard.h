@@ -7,25 +7,42 @@
 
 namespace kvx {
 
-/// The actions that the user can choose with a key.
+/// The actions that the user can choose with a key, in the order of the help.
 enum class Key {
     pause,
     back,
     forward,
+    next,
+    previous,
     louder,
     softer,
+    mute,
     loopIn,
     loopOut,
     loop,
+    loopFile,
     faster,
     slower,
     higher,
     lower,
+    help,
     quit,
 };
 
-/// One line of text that explains the keys to the user.
-const char* keyHelp();
+/// All keys, in the order of the help.
+std::vector<Key> allKeys();
+
+/// Explain keys to the user, one line per key: "  space  pause, or continue".
+std::vector<std::string> formatKeys(const std::vector<Key>& keys);
+
+/// Explain keys in one sentence: "space: pause, or continue; left: 5 seconds back".
+std::string formatKeySentence(const std::vector<Key>& keys);
+
+/// List the names of keys: "space, left, right".
+std::string formatKeyNames(const std::vector<Key>& keys);
+
+/// The line that names the most important keys when playback starts.
+constexpr const char* keyHint = "Keys: space pause, q quit, ? all keys";
 
 /// Decodes the bytes that a terminal sends into keys. Keys without an action are ignored.
 /// [main]

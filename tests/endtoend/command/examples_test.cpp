@@ -17,7 +17,7 @@ const struct {
 };
 
 // Options of examples that play or watch until Ctrl-C.
-const char* const endless[] = {"kvx play --loop ", "--watch"};
+const char* const endless[] = {"kvx play --loop", "--watch"};
 
 std::vector<std::string> commandNames()
 {

@@ -1,6 +1,7 @@
 // `kvx play --buffered`: the captured sound equals the file if both have the device rate, and the output of
 // the reference player at other rates.
 #include "tests/endtoend/command/kvx_runner.h"
+#include "tests/endtoend/command/pty_child.h"
 #include "tests/endtoend/expected_samples.h"
 #include "tests/endtoend/reference_output.h"
 
@@ -166,6 +167,28 @@ TEST_F(PlayBuffered, AppliesTheGain)
     for (float sample : sound.samples) expected.push_back(sample * factor);
     expectAfterSilence(captured, expected);
     expectAfterSilence(play({write(sound)}, 44100, {"--fast", "--gain", "0"}), sound.samples);
+}
+
+TEST_F(PlayBuffered, PauseKeyLosesNoFrames)
+{
+    const Sound sound = support::makeNoise(44100, 2, 44100 * 3);
+    PtyChild child(kvxCommand({"play", "--buffered", "--device", "simulated", "--device-rate", "44100",
+                               "--capture", folder / "capture.wav", write(sound)}));
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_TRUE(child.waitFor(" dB")) << child.shown();
+        child.type(" ");
+        EXPECT_TRUE(child.waitFor("paused")) << child.shown();
+        child.type(" ");
+    }
+    EXPECT_TRUE(child.waitFor("Done.")) << child.shown();
+    EXPECT_EQ(child.wait(), 0) << child.shown();
+
+    // No sample of the file is zero, so every zero in the capture belongs to a pause.
+    const Sound captured = support::readSound(folder / "capture.wav");
+    std::vector<float> played;
+    for (const float sample : captured.samples)
+        if (sample != 0) played.push_back(sample);
+    EXPECT_EQ(played == sound.samples, true) << played.size() << " samples of " << sound.samples.size();
 }
 
 } // namespace

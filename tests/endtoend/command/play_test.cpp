@@ -168,18 +168,63 @@ TEST_F(Play, PlaysSeveralFilesAtAnotherRateWithGapsOfAtMostASlice)
     }
 }
 
-TEST_F(Play, PlaysTheFilesBeforeAFileThatFailsToLoad)
+// With an option that only the file player has, a file that is too long for the memory fails to load.
+TEST_F(Play, LeavesOutAFileThatFailsToLoad)
 {
-    const Sound sound = support::makeNoise(44100, 2, 44100 + 17);
-    write(sound, "1.wav");
+    const Sound one = support::makeNoise(44100, 2, 44100 + 17, 1),
+                two = support::makeNoise(44100, 2, 9000, 2);
+    write(one, "1.wav");
+    write(two, "2.wav");
     writeTooLong(folder / "long.wav");
-    const auto result = support::runChild(
-        kvxCommand({"play", "--fast", "--device", "simulated", "1.wav", "long.wav", "1.wav"}),
-        {{"KVX_AUDIO_CAPTURE", folder / "out.wav"}}, folder.path());
+    std::vector<float> expected = one.samples;
+    expected.insert(expected.end(), two.samples.begin(), two.samples.end());
+    for (const Arguments& files : {Arguments{"1.wav", "long.wav", "2.wav"}, {"long.wav", "1.wav", "2.wav"}}) {
+        SCOPED_TRACE(testing::PrintToString(files));
+        const auto result =
+            play(joined({"--fast", "--device", "simulated", "--pan", "0", "--capture", "out.wav"}, files));
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(result.err,
+                  "kvx: play: long.wav is too long for the memory; `kvx play --buffered` plays files "
+                  "from the disk\n");
+        EXPECT_NE(result.out.find("Done."), std::string::npos) << result.out;
+        expectThenSilence(support::readSound(folder / "out.wav").samples, expected);
+    }
+    const auto result = play({"--fast", "--pan", "0", "long.wav"});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_NE(result.err.find("long.wav is too long for the memory; "), std::string::npos) << result.err;
+    EXPECT_EQ(result.out.find("Done."), std::string::npos) << result.out;
     expectMessage(result, "play");
-    expectThenSilence(support::readSound(folder / "out.wav").samples, sound.samples);
+}
+
+TEST_F(Play, PlaysAFileThatIsTooLongForTheMemoryFromTheDisk)
+{
+    const Sound one = support::makeNoise(44100, 2, 5000, 1), two = support::makeNoise(44100, 2, 9000, 2);
+    write(one, "1.wav");
+    write(two, "2.wav");
+    writeTooLong(folder / "long.wav");
+    PtyChild child(
+        kvxCommand({"play", "--device", "simulated", "--volume", "0.5", "1.wav", "long.wav", "2.wav"}), 200,
+        folder.path());
+    EXPECT_TRUE(child.waitFor("Playing 1.wav")) << child.shown();
+    EXPECT_TRUE(
+        child.waitFor("long.wav needs 11.7 GiB, too much for the memory, so it plays from the disk, without "
+                      "rate, pitch and loops."))
+        << child.shown();
+    EXPECT_TRUE(child.waitFor("Playing long.wav")) << child.shown();
+    EXPECT_TRUE(child.waitFor(" / 9:54:25.8")) << child.shown();
+    EXPECT_TRUE(child.waitFor("  volume 50 %")) << child.shown();
+    child.type("\x1b[A");
+    EXPECT_TRUE(child.waitFor("  volume 55 %")) << child.shown();
+    child.type("n");
+    EXPECT_TRUE(child.waitFor("Playing 2.wav")) << child.shown();
+    EXPECT_TRUE(child.waitFor("  volume 55 %")) << child.shown();
+    EXPECT_TRUE(child.waitFor("Done.")) << child.shown();
+    EXPECT_EQ(child.wait(), 0) << child.shown();
+
+    PtyChild late(kvxCommand({"play", "--device", "simulated", "--start", "1:00:00", "long.wav"}), 200,
+                  folder.path());
+    EXPECT_TRUE(late.waitFor("  1:00:00.")) << late.shown();
+    late.type("q");
+    EXPECT_EQ(late.wait(), 0);
 }
 
 TEST_F(Play, InfoPrintsTheFormatsOfTheClass)
@@ -393,6 +438,77 @@ TEST_F(Play, KeysControlPlayback)
     EXPECT_EQ(child.wait(), 0) << child.shown();
     EXPECT_NE(child.shown().find("Done."), std::string::npos) << child.shown();
     EXPECT_TRUE(child.isLineByLine());
+}
+
+TEST_F(Play, KeysOfEveryPlayMethodWorkOnAList)
+{
+    for (const char* name : {"1.wav", "2.wav", "3.wav"})
+        write(support::makeNoise(44100, 2, 44100 * 60), name);
+    for (const Arguments& more : {Arguments{}, {"--buffered"}}) {
+        SCOPED_TRACE(testing::PrintToString(more));
+        PtyChild child(kvxCommand(joined({"play", "--device", "simulated", "1.wav", "2.wav", "3.wav"}, more)),
+                       120, folder.path());
+        const struct {
+            const char *keys, *shown;
+        } facts[] = {
+            {"", "Keys: space pause, q quit, ? all keys"},
+            {"", "Playing 1.wav"},
+            {"?", "  m      mute, or back to the volume before"},
+            {"", "  q      quit"},
+            {"p", "  0:00."},
+            {"n", "Playing 2.wav"},
+            {"p", "Playing 1.wav"},
+            {"nn", "Playing 3.wav"},
+            {"n", "this is the last file"},
+            {"\x1b[B", "volume 95 %"},
+            {"m", "  muted"},
+            {"m", "  volume 95 %"},
+            {" ", "   paused"},
+            {"\x1b[C\x1b[C", "  0:1"},
+            {"m", "  muted"},
+            {"m", "  volume 95 %"},
+            {" ", " dB"},
+            {"p", "  0:00."}, // after three seconds, the start of the file
+            {"p", "Playing 2.wav"},
+            {"", "  volume 95 %"},
+        };
+        for (const auto& fact : facts) {
+            child.type(fact.keys);
+            ASSERT_TRUE(child.waitFor(fact.shown)) << fact.keys << "\n" << child.shown();
+        }
+        child.type("q");
+        EXPECT_EQ(child.wait(), 0) << child.shown();
+        EXPECT_TRUE(child.isLineByLine());
+    }
+}
+
+TEST_F(Play, LoopAllStartsAgainAfterTheLastFile)
+{
+    for (const char* name : {"1.wav", "2.wav"}) write(support::makeNoise(44100, 2, 44100 / 4), name);
+    for (const Arguments& more : {Arguments{}, {"--buffered"}}) {
+        SCOPED_TRACE(testing::PrintToString(more));
+        PtyChild child(
+            kvxCommand(joined({"play", "--device", "simulated", "--loop-all", "1.wav", "2.wav"}, more)), 100,
+            folder.path());
+        for (const char* name : {"1.wav", "2.wav", "1.wav", "2.wav", "1.wav"})
+            ASSERT_TRUE(child.waitFor(std::string("Playing ") + name)) << child.shown();
+        child.type("q");
+        EXPECT_EQ(child.wait(), 0) << child.shown();
+    }
+}
+
+TEST_F(Play, LoopKeyRepeatsTheWholeFile)
+{
+    write(support::makeNoise(44100, 2, 44100 * 2), "1.wav");
+    PtyChild child(kvxCommand({"play", "--device", "simulated", folder / "1.wav"}));
+    ASSERT_TRUE(child.waitFor("  0:00.")) << child.shown();
+    child.type("w");
+    for (const char* shown : {"  loop 0:00.0-0:02.0", "  0:01.", "  0:00.", "  0:01."})
+        ASSERT_TRUE(child.waitFor(shown)) << child.shown();
+    child.type("w");
+    EXPECT_TRUE(child.waitFor("loop 0:00.0-0:02.0 off")) << child.shown();
+    EXPECT_TRUE(child.waitFor("Done.")) << child.shown();
+    EXPECT_EQ(child.wait(), 0);
 }
 
 TEST_F(Play, ArrowKeysSeekByFiveSeconds)

@@ -190,10 +190,12 @@ TEST_F(SoundStream, PrintsPlainLines)
     const auto result = run({"soundstream", "--fast", "sound.wav"});
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(result.err, "");
-    EXPECT_NE(result.out.find("Playing sound.wav: 44100 Hz, 6 channels, 0:01.0\n"
-                              "  It plays the first 2 of its 6 channels.\n"
-                              "Done.\n"),
-              std::string::npos)
+    EXPECT_NE(
+        result.out.find("Playing sound.wav: 44100 Hz, 6 channels, 0:01.0\n"
+                        "  It plays channels 0 and 1 of its 6, and drops channels 2 to 5. To hear channels 2 "
+                        "and 3: `kvx play --channel-map 2,3 sound.wav`, and so on\n"
+                        "Done.\n"),
+        std::string::npos)
         << result.out;
     EXPECT_EQ(result.out.find('\r'), std::string::npos);
     const auto quiet = run({"soundstream", "--fast", "--quiet", "sound.wav"});

@@ -80,6 +80,49 @@ TEST(BufferedPlay, StoppedEarlyDropsTheQueuedBlocks)
     EXPECT_EQ(loaded.leaks(), "");
 }
 
+// A pause, a seek and another gain drop the queue; the sound continues at the frame of the position.
+TEST(BufferedPlay, ContinuesAtThePositionAfterAStop)
+{
+    support::TemporaryFolder folder;
+    const kvx::Playlist playlist = writeNoise(folder, 2, 6);
+    const std::vector<float> sound = support::readSound(folder / "a.wav").samples;
+    kvx::Library loaded(library());
+    {
+        SteppedDevice device;
+        const KVXDeviceInfo info = makeDefault(device);
+        kvx::BufferedPlayer playback(loaded.host(), playlist[0], 1.0f);
+        const auto expectOutput = [&](std::uint32_t frames, std::size_t from, float gain) {
+            playback.start(info);
+            EXPECT_TRUE(playback.isPlaying());
+            device.clearOutput();
+            EXPECT_EQ(device.step(frames), frames);
+            std::vector<float> part;
+            for (std::size_t i = from * 2; i < (from + frames) * 2; ++i) part.push_back(sound[i] * gain);
+            EXPECT_EQ(device.output() == part, true) << "from frame " << from;
+            EXPECT_TRUE(playback.advance());
+            playback.stop();
+            EXPECT_FALSE(playback.isPlaying());
+            EXPECT_EQ(playback.position(), double(from + frames)) << "the position stays";
+            EXPECT_TRUE(playback.advance()) << "a pause is not the end";
+        };
+        expectOutput(1000, 0, 1);
+        expectOutput(700, 1000, 1);
+        playback.setGain(0.5f);
+        expectOutput(512, 1700, 0.5f);
+        playback.seek(44100 * 5);
+        EXPECT_EQ(playback.position(), 44100.0 * 5);
+        expectOutput(512, 44100 * 5, 0.5f);
+        playback.seek(100);
+        expectOutput(512, 100, 0.5f);
+        playback.seek(44100 * 6);
+        playback.start(info);
+        device.step(512);
+        EXPECT_FALSE(playback.advance()) << "the end of the group";
+        EXPECT_FALSE(playback.hadGap());
+    }
+    EXPECT_EQ(loaded.leaks(), "");
+}
+
 TEST(BufferedPlay, ReportsAGapAfterAnUnderflow)
 {
     support::TemporaryFolder folder;

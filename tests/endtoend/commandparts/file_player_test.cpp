@@ -290,6 +290,29 @@ TEST_F(CommandFilePlayer, KeysChangeTransportLoopAndSettings)
     EXPECT_EQ(player->pitch(), -100.0);
 }
 
+TEST_F(CommandFilePlayer, LoopsTheWholeFile)
+{
+    SteppedDevice device;
+    const Sound sound = support::makeNoise(44100, 2, 4410);
+    auto player = playerOf(sound, device);
+    kvx::applyKey(Key::loopFile, *player);
+    EXPECT_TRUE(player->isLooping());
+    EXPECT_EQ(player->loopIn(), 0.0);
+    EXPECT_EQ(player->loopOut(), 0.1);
+    player->play();
+    device.step(4410);
+    device.step(4410);
+    std::vector<float> expected = sound.samples;
+    expected.insert(expected.end(), sound.samples.begin(), sound.samples.end());
+    EXPECT_EQ(device.output() == expected, true);
+    kvx::applyKey(Key::loopFile, *player);
+    EXPECT_FALSE(player->isLooping());
+    kvx::applyKey(Key::loopIn, *player);
+    kvx::applyKey(Key::loopFile, *player);
+    EXPECT_TRUE(player->isLooping()) << "another loop becomes the whole file";
+    EXPECT_EQ(player->loopIn(), 0.0);
+}
+
 TEST_F(CommandFilePlayer, LoopFromTheStartNeedsOnlyItsEnd)
 {
     SteppedDevice device;

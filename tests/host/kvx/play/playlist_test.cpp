@@ -71,6 +71,49 @@ TEST_F(Playlist, ReadsAGroupAsOneSound)
     }
 }
 
+TEST_F(Playlist, GroupsFromAnyFileOn)
+{
+    const std::vector<kvx::PlaylistFile> files = kvx::filesOf(kvx::planPlaylist(
+        {write("a.wav", 44100, 2, 10), write("b.wav", 44100, 2, 20), write("c.wav", 44100, 1, 30)}));
+    const std::size_t sizes[] = {2, 1, 1};
+    for (std::size_t first = 0; first < 3; ++first) {
+        const kvx::FormatGroup group = kvx::groupFrom(files, first);
+        EXPECT_EQ(group.files.size(), sizes[first]);
+        EXPECT_EQ(group.files[0].path, files[first].path);
+    }
+}
+
+TEST_F(Playlist, ReadsAGroupFromAnyFrameOn)
+{
+    const kvx::Playlist groups =
+        kvx::planPlaylist({write("a.wav", 44100, 1, 100, 1), write("b.wav", 44100, 1, 57, 2)});
+    std::vector<float> sound = support::readSound(folder / "a.wav").samples;
+    const std::vector<float> second = support::readSound(folder / "b.wav").samples;
+    sound.insert(sound.end(), second.begin(), second.end());
+    kvx::GroupReader reader(groups[0]);
+    for (const int frame : {50, 0, 99, 100, 156, 157, 7}) {
+        reader.seek(frame);
+        std::vector<float> samples(200);
+        const std::size_t got = reader.read(samples.data(), samples.size());
+        samples.resize(got);
+        EXPECT_EQ(samples, std::vector<float>(sound.begin() + frame, sound.end())) << frame;
+    }
+    EXPECT_TRUE(reader.damagedFiles().empty());
+}
+
+TEST_F(Playlist, LeavesOutFilesThatCannotBeRead)
+{
+    kvx::Progress progress(kvx::Verbosity::quiet, stdout);
+    testing::internal::CaptureStderr();
+    const kvx::Playlist groups = kvx::planPlaylist(
+        {folder / "missing.wav", write("a.wav", 44100, 1, 10), folder / "missing.m3u"}, false, progress);
+    EXPECT_EQ(kvx::pathsOf(groups), std::vector<std::string>({folder / "a.wav"}));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "kvx: " + (folder / "missing.wav") + " does not exist; check the name and the folder\n" +
+                  "kvx: " + (folder / "missing.m3u") + " does not exist; check the name and the folder\n");
+    EXPECT_EQ(progress.exitCode(), 1);
+}
+
 std::string announced(int fileChannels, int channels)
 {
     kvx::PlaylistFile file = {"dir/a.wav", {}};

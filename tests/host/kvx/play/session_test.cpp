@@ -59,6 +59,22 @@ TEST(UndoSinglePrecision, RestoresHundredths)
     EXPECT_EQ(kvx::undoSinglePrecision(semitone), semitone) << "not a hundredth";
 }
 
+TEST(Volume, ReturnsFromMuteToTheVolumeBefore)
+{
+    kvx::Volume volume;
+    volume.toggleMute();
+    EXPECT_EQ(volume.value, 0.0);
+    volume.toggleMute();
+    EXPECT_EQ(volume.value, 1.0);
+    volume.value = 0.25;
+    volume.toggleMute();
+    volume.value = 0.05; // a key has raised the volume
+    volume.toggleMute();
+    EXPECT_EQ(volume.value, 0.0);
+    volume.toggleMute();
+    EXPECT_EQ(volume.value, 0.05);
+}
+
 TEST(Gap, PrintsItsCauseAndTheNextStep)
 {
     testing::internal::CaptureStderr();

@@ -260,6 +260,8 @@ TEST(KeyDecoder, DecodesTheBytesOfATerminal)
         {"=_", {Key::faster, Key::slower}, "the same keys without and with shift"},
         {"<>", {Key::lower, Key::higher}, "pitch"},
         {"q", {Key::quit}, "quit"},
+        {"nNpPmM", {Key::next, Key::next, Key::previous, Key::previous, Key::mute, Key::mute}, "letters"},
+        {"wW?", {Key::loopFile, Key::loopFile, Key::help}, "loop of the file, help"},
         {"xyz\r\n\t", {}, "keys without a function"},
         {"\x1b[A\x1b[B\x1b[C\x1b[D", {Key::louder, Key::softer, Key::forward, Key::back}, "arrows"},
         {"\x1bOA\x1bOB\x1bOC\x1bOD",
@@ -286,10 +288,42 @@ TEST(KeyDecoder, AcceptsBytesOneByOne)
     }
 }
 
-TEST(KeyHelp, NamesEveryKey)
+TEST(KeyHelp, ExplainsEveryKey)
 {
-    for (const char* name : {"space", "arrows", "[ ]", "l loop", "+ -", "< >", "q quit"})
-        EXPECT_NE(std::string(kvx::keyHelp()).find(name), std::string::npos) << name;
+    const std::vector<std::string> lines = {
+        "  space  pause, or continue",
+        "  left   5 seconds back",
+        "  right  5 seconds forward",
+        "  n      next file",
+        "  p      start of the file, or in its first 3 seconds the previous file",
+        "  up     louder by 5 %",
+        "  down   softer by 5 %",
+        "  m      mute, or back to the volume before",
+        "  [      set the loop start here",
+        "  ]      set the loop end here",
+        "  l      loop from [ to ], on or off",
+        "  w      loop the whole file, on or off",
+        "  +      faster by 5 % of the normal speed",
+        "  -      slower by 5 % of the normal speed",
+        "  >      pitch up by a semitone",
+        "  <      pitch down by a semitone",
+        "  ?      list the keys",
+        "  q      quit",
+    };
+    EXPECT_EQ(kvx::formatKeys(kvx::allKeys()), lines);
+    EXPECT_EQ(kvx::formatKeys({Key::quit, Key::pause}),
+              std::vector<std::string>({lines.back(), lines.front()}));
+    EXPECT_EQ(kvx::formatKeyNames({Key::quit, Key::back}), "q, left");
+    EXPECT_EQ(kvx::formatKeySentence({Key::quit, Key::back}), "q: quit; left: 5 seconds back");
+}
+
+// The name of a key that is no arrow or blank is the character that the user types.
+TEST(KeyHelp, NamesTheCharactersOfTheDecoder)
+{
+    for (const Key key : kvx::allKeys()) {
+        const std::string name = kvx::formatKeyNames({key});
+        if (name.size() == 1) EXPECT_EQ(kvx::KeyDecoder().decode(name), Keys({key})) << name;
+    }
 }
 
 } // namespace
