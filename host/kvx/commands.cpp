@@ -5,6 +5,7 @@
 #include "host/kvx/command_line/nearest_word.h"
 #include "host/kvx/command_line/parse.h"
 #include "host/kvx/command_line/shared_options.h"
+#include "host/kvx/doctor/doctor.h"
 #include "host/kvx/files/tune.h"
 #include "host/kvx/play/play_commands.h"
 #include "host/kvx/properties/property_commands.h"
@@ -159,6 +160,21 @@ Command tuneCommand()
     return command;
 }
 
+Command doctorCommand()
+{
+    const auto options = std::make_shared<DoctorOptions>();
+    Command command = {"doctor",
+                       "Check the libraries, devices, sound servers and limits, and name what helps; exit code 1 if "
+                       "no device can play",
+                       "", "kvx doctor {}"};
+    command.groups = {
+        {"Output", {jsonOption(options->isJson)}},
+        libraryOptions(options->library),
+    };
+    command.run = [options] { return runDoctor(*options); };
+    return command;
+}
+
 Command helpCommand()
 {
     const auto name = std::make_shared<std::string>();
@@ -196,9 +212,9 @@ OptionGroup generalOptions(const std::string& name)
 
 std::vector<Command> allCommands()
 {
-    std::vector<Command> commands = {playCommand(),        renderCommand(), classesCommand(),
-                                     devicesCommand(),     getCommand(),    setCommand(),
-                                     soundStreamCommand(), tuneCommand(),   helpCommand()};
+    std::vector<Command> commands = {playCommand(),   renderCommand(), classesCommand(),     devicesCommand(),
+                                     getCommand(),    setCommand(),    soundStreamCommand(), tuneCommand(),
+                                     doctorCommand(), helpCommand()};
     for (Command& command : commands) command.groups.push_back(generalOptions(command.name));
     return commands;
 }

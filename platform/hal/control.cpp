@@ -1,5 +1,6 @@
 // The functions of the public control header that concern devices.
 #include "platform/hal/apply_settings.h"
+#include "platform/hal/copy_text.h"
 #include "platform/hal/device_capture.h"
 #include "platform/hal/device_changes.h"
 #include "platform/hal/device_choice.h"
@@ -9,8 +10,6 @@
 #include "platform/hal/simulated_device.h"
 #include "platform/hal/step.h"
 #include "platform/support/border.h"
-
-#include <cstring>
 
 using namespace kvxplatform::hal;
 
@@ -62,13 +61,6 @@ int32_t withDevice(Find find, KVXDeviceID id, Body body) noexcept
         const DeviceRef device = find(id);
         return device ? body(device) : noSuchDevice(id);
     });
-}
-
-template <std::size_t size>
-void copyText(char (&target)[size], const std::string& text)
-{
-    std::strncpy(target, text.c_str(), size - 1);
-    target[size - 1] = 0;
 }
 
 /// Return why a simulated device cannot have these settings, or null if it can. An argument of 0 keeps the

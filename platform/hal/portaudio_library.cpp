@@ -73,6 +73,16 @@ bool startPortAudio(std::string& error)
     return isStarted;
 }
 
+std::string hostApiNames()
+{
+    std::string names;
+    if (!isStarted) return names;
+    for (int i = 0; i < Pa_GetHostApiCount(); ++i)
+        if (const PaHostApiInfo* const api = Pa_GetHostApiInfo(i))
+            names += (names.empty() ? "" : ", ") + std::string(api->name);
+    return names;
+}
+
 bool stopPortAudio()
 {
     if (!isStarted) return true;

@@ -25,6 +25,9 @@ bool stopPortAudio();
 /// server does not respond; every later call then returns false at once.
 bool callPortAudio(const std::function<void()>& work);
 
+/// The names of PortAudio's host APIs, as "ALSA, OSS"; "" if PortAudio is not running.
+std::string hostApiNames();
+
 /// Whether a thread is blocked inside PortAudio and may never return.
 bool isPortAudioBlocked();
 

@@ -130,13 +130,13 @@ const FolderRule* ruleFor(const std::string& file)
 bool isStandard(const std::string& target)
 {
     static const Names system = {
-        "arpa/",    "assert.h",    "cpuid.h",     "ctype.h",    "cxxabi.h",  "dirent.h", "dlfcn.h",
-        "elf.h",    "emmintrin.h", "errno.h",     "execinfo.h", "fcntl.h",   "fenv.h",   "float.h",
-        "fuzzer/",  "immintrin.h", "inttypes.h",  "limits.h",   "link.h",    "linux/",   "locale.h",
-        "malloc.h", "math.h",      "pmmintrin.h", "poll.h",     "pthread.h", "sched.h",  "semaphore.h",
-        "signal.h", "spawn.h",     "stdarg.h",    "stdbool.h",  "stddef.h",  "stdint.h", "stdio.h",
-        "stdlib.h", "string.h",    "strings.h",   "sys/",       "termios.h", "time.h",   "tmmintrin.h",
-        "unistd.h", "wchar.h",     "xmmintrin.h",
+        "arpa/",    "assert.h",    "cpuid.h",     "ctype.h",     "cxxabi.h",    "dirent.h",  "dlfcn.h",
+        "elf.h",    "emmintrin.h", "errno.h",     "execinfo.h",  "fcntl.h",     "fenv.h",    "float.h",
+        "fuzzer/",  "grp.h",       "immintrin.h", "inttypes.h",  "limits.h",    "link.h",    "linux/",
+        "locale.h", "malloc.h",    "math.h",      "pmmintrin.h", "poll.h",      "pthread.h", "pwd.h",
+        "sched.h",  "semaphore.h", "signal.h",    "spawn.h",     "stdarg.h",    "stdbool.h", "stddef.h",
+        "stdint.h", "stdio.h",     "stdlib.h",    "string.h",    "strings.h",   "sys/",      "termios.h",
+        "time.h",   "tmmintrin.h", "unistd.h",    "wchar.h",     "xmmintrin.h",
     };
     static const std::regex bare("[a-z_]+(/[a-z_]+)?");
     return std::regex_match(target, bare) || hasPrefixIn(system, target);

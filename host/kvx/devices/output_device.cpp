@@ -53,12 +53,6 @@ KVXDeviceInfo defaultDevice()
     return *found;
 }
 
-/// Whether the simulated device plays only because no hardware device opens.
-bool isFallback(const KVXDeviceInfo& device, const DeviceRequest& request)
-{
-    return device.isSimulated && request.choice.empty() && !std::getenv("KVX_AUDIO_DEVICE");
-}
-
 } // namespace
 
 void checkControl(std::int32_t status)
@@ -75,6 +69,11 @@ std::vector<KVXDeviceInfo> findDevices(const std::string& text)
     return allRows([&text](KVXDeviceInfo* rows, std::uint32_t capacity) {
         return KVXPlatformFindDevices(text.c_str(), rows, capacity);
     });
+}
+
+bool isFallback(const KVXDeviceInfo& device, const DeviceRequest& request)
+{
+    return device.isSimulated && request.choice.empty() && choiceOfEnvironment().empty();
 }
 
 void useSimulatedDevicesOnly() { setenv("KVX_AUDIO_DEVICE", "simulated", 1); }

@@ -47,6 +47,9 @@ void useSimulatedDevicesOnly();
 /// Errors  throws Failure.
 KVXDeviceInfo chooseDevice(const DeviceRequest& request);
 
+/// Whether the simulated device plays only because no hardware device opens.
+bool isFallback(const KVXDeviceInfo& device, const DeviceRequest& request);
+
 /// Read the present state of a device. A device that is no longer in the list is returned as not alive.
 KVXDeviceInfo deviceNow(const KVXDeviceInfo& device);
 

@@ -34,9 +34,14 @@ std::uint32_t countOf(const std::vector<KVXLiveCount>& counts, std::string_view 
 
 } // namespace
 
+std::string pathOfLibrary(const LibraryOptions& options)
+{
+    return options.path.empty() ? pathBesideThisProgram("KVXAudio.so") : options.path;
+}
+
 Library::Library(const LibraryOptions& options) : host_(hostOptions(options))
 {
-    host_.load(options.path.empty() ? pathBesideThisProgram("KVXAudio.so") : options.path);
+    host_.load(pathOfLibrary(options));
 }
 
 std::string Library::leaks(const std::vector<KVXLiveCount>& expected) const

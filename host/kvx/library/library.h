@@ -17,6 +17,9 @@ struct LibraryOptions {
     bool isDevelopment = false;  ///< true: the host reports that it is the development environment
 };
 
+/// The path of the library to load.
+std::string pathOfLibrary(const LibraryOptions& options);
+
 /// A host that has loaded the library.
 class Library {
 public:

@@ -219,6 +219,24 @@ KVX_PLATFORM_EXPORT uint32_t KVXPlatformDrainMainQueue(double timeoutSeconds);
  */
 KVX_PLATFORM_EXPORT const char* KVXPlatformErrorText(void);
 
+/* ---- problem reports ---- */
+
+/* A library that the platform has loaded. Texts are UTF-8, cut to the field's size and terminated. */
+typedef struct KVXLibraryInfo {
+    char name[32];
+    char version[64]; /* as the library reports it: "1.2.0"; "" if it has no function that reports it */
+    char path[256];   /* file of the library, without symbolic links; "" if unknown */
+    char
+        systems[128]; /* PortAudio, after its devices were read: its audio systems, as "ALSA, OSS"; else "" */
+} KVXLibraryInfo;
+
+/*
+ * List the loaded libraries that decode, convert, stretch and play.
+ * Shape    fills up to `capacity` rows; rows may be NULL if capacity is 0.
+ * Returns  the number of libraries; 0 without memory.
+ */
+KVX_PLATFORM_EXPORT uint32_t KVXPlatformGetLibraries(KVXLibraryInfo* rows, uint32_t capacity);
+
 /* ---- leak reports ---- */
 
 /* The number of live objects of a kind that a caller must release, such as "CFString" or "IOProc". */

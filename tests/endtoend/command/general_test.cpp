@@ -28,6 +28,7 @@ TEST_F(Kvx, EveryCommandPrintsHelp)
                                                              {"get", "--help"},
                                                              {"set", "--help"},
                                                              {"tune", "--help"},
+                                                             {"doctor", "--help"},
                                                              {"-h"}}) {
         SCOPED_TRACE(testing::PrintToString(arguments));
         const auto result = runKvx(arguments);

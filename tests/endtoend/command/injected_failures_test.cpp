@@ -135,6 +135,22 @@ TEST_F(InjectedFailures, GetReadsTheSizeAndTheDataOfAPropertyOnce)
     EXPECT_EQ(result.err, "AudioObjectGetPropertyDataSize\nAudioObjectGetPropertyData\n");
 }
 
+TEST_F(InjectedFailures, DoctorFailsWithoutHardware)
+{
+    auto environment = withFault("KVX_FAULT_DEVICES", "1");
+    environment.push_back({"KVX_AUDIO_DEVICE", ""}); // an empty KVX_AUDIO_DEVICE chooses no device
+    const auto result = support::runChild(kvxCommand({"doctor"}), environment);
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.out.rfind(
+                  "problem  output                no sound hardware opens, so nothing is audible; connect "
+                  "a sound card, or start a server with `jackd -d alsa`; `kvx play --device simulated` "
+                  "plays without hardware\n",
+                  0),
+              0u)
+        << result.out;
+}
+
 // ---- standard streams ----
 
 TEST_F(InjectedFailures, CaptureIsIntactWithClosedStandardStreams)

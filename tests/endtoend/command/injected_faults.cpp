@@ -5,6 +5,7 @@
 //   KVX_FAULT_BLOCK=N     allocations of N bytes or more fail; N is at least 100,000
 //   KVX_FAULT_LOAD=1      the plug-in's reads of a sound file hang; a line on stdout reports the hang
 //   KVX_FAULT_HARDWARE=1  the start of PortAudio ends the process with exit code 99
+//   KVX_FAULT_DEVICES=1   PortAudio finds no device
 //   KVX_FAULT_READS=1     no fault; each read of the size or the data of a property prints a line on stderr
 #include <AudioToolbox/ExtendedAudioFile.h>
 #include <CoreAudio/CoreAudio.h>
@@ -104,6 +105,16 @@ INTERPOSED int Pa_Initialize()
 {
     if (numberOf("KVX_FAULT_HARDWARE", 0)) _exit(99);
     return next<int()>("Pa_Initialize")();
+}
+
+INTERPOSED int Pa_GetDeviceCount()
+{
+    return numberOf("KVX_FAULT_DEVICES", 0) ? 0 : next<int()>("Pa_GetDeviceCount")();
+}
+
+INTERPOSED int Pa_GetDefaultOutputDevice()
+{
+    return numberOf("KVX_FAULT_DEVICES", 0) ? -1 : next<int()>("Pa_GetDefaultOutputDevice")();
 }
 
 } // extern "C"

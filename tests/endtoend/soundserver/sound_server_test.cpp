@@ -57,6 +57,19 @@ void expectRecording(const std::string& file, const support::Sound& sound, int p
     expectThenSilence({recorded.begin() + std::ptrdiff_t(start), recorded.end()}, expected);
 }
 
+TEST(SoundServer, IsFoundByDoctor)
+{
+    SoundServer server(rate);
+    auto environment = server.environment();
+    environment.push_back({"KVX_AUDIO_DEVICE", ""}); // an empty KVX_AUDIO_DEVICE chooses no device
+    const auto result = support::runChild(kvxCommand({"doctor"}), environment);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    for (const char* part :
+         {"ok       output                `kvx play` plays to system\n", ", JACK Audio Connection Kit\n",
+          "ok       JACK server           is running\n", "ok       JACK_DEFAULT_SERVER   \"kvx-test\"\n"})
+        EXPECT_NE(result.out.find(part), std::string::npos) << part << result.out;
+}
+
 TEST(SoundServer, ReceivesTheFileSampleForSample)
 {
     const support::TemporaryFolder folder;

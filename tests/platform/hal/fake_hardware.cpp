@@ -108,6 +108,8 @@ __attribute__((visibility("default"))) const PaDeviceInfo* Pa_GetDeviceInfo(PaDe
     return isVisible ? &infos[static_cast<std::size_t>(index)] : nullptr;
 }
 
+__attribute__((visibility("default"))) PaHostApiIndex Pa_GetHostApiCount(void) { return 2; }
+
 __attribute__((visibility("default"))) const PaHostApiInfo* Pa_GetHostApiInfo(PaHostApiIndex)
 {
     static const PaHostApiInfo info = {1, paInDevelopment, "Fake", 0, -1, 0};

@@ -66,6 +66,21 @@ protected:
     FakeHardware& fake_ = fakeHardware();
 };
 
+// ---- the library ----
+
+TEST_F(Hardware, SystemsOfPortAudioAreReportedAfterTheDevicesWereRead)
+{
+    plug({{"Box"}});
+    for (const bool areRead : {false, true}) {
+        if (areRead) devices();
+        std::vector<KVXLibraryInfo> rows(KVXPlatformGetLibraries(nullptr, 0));
+        KVXPlatformGetLibraries(rows.data(), uint32_t(rows.size()));
+        for (const KVXLibraryInfo& row : rows)
+            EXPECT_STREQ(row.systems, areRead && row.name == std::string("PortAudio") ? "Fake, Fake" : "")
+                << row.name;
+    }
+}
+
 // ---- settings that the hardware refuses ----
 
 TEST_F(Hardware, KeepsItsSliceIfTheNewOneDoesNotOpen)
