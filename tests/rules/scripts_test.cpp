@@ -1,13 +1,15 @@
-// Tests the scripts `run`, `setup` and `check-text`. Each test copies one script into a temporary folder,
-// with fake programs in place of programs that would change the machine.
+// Tests the scripts `run`, `setup`, `build` and `check-text`. Each test copies one script into a temporary
+// folder, with fake programs in place of programs that would change the machine.
 #include "tests/rules/source_tree.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <thread>
 
 namespace {
 
@@ -182,6 +184,85 @@ TEST(Setup, UpdatesThePackageListsAndRetriesOnceAfterAFailure)
         EXPECT_EQ(rules::read(machine / "calls"), fact.calls);
         EXPECT_EQ(result.err.find("404") != std::string::npos, fact.exitCode != 0) << result.err;
     }
+}
+
+// A tree whose build has 300 steps on a machine with two processors. The second step ends when the test
+// creates the file `go`; it fails if there is a file `bad`.
+struct BuildTree : ScriptTree {
+    BuildTree() : ScriptTree("build")
+    {
+        writeProgram(*this / "bin/nproc", "echo 2\n");
+        writeProgram(*this / "bin/cmake", R"X(
+for i in $(seq 40); do echo "line $i"; done
+[ ! -e unconfigured ] || exit 1
+mkdir -p build/p && touch build/p/build.ninja
+)X");
+        writeProgram(*this / "bin/ninja", R"X(
+case " $* " in *" -t commands "*) seq 300; exit ;; esac
+echo "[1/300] one"
+while [ ! -e go ]; do sleep 0.01; done
+[ -e bad ] || exit 0
+echo "[2/300] two"
+echo "FAILED: two.o"
+echo "two.cpp:1: error"
+exit 1
+)X");
+    }
+    Environment environment() const { return {{"PATH", *this / "bin" + ":" + std::getenv("PATH")}}; }
+
+    /// Run the build, and let it continue after `text` appears in its output.
+    support::ChildResult build(const std::vector<std::string>& command, const std::string& text) const
+    {
+        fs::remove(*this / "go");
+        support::Child child(command, environment(), path());
+        while (child.isRunning() && child.outSoFar().find(text) == std::string::npos)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        writeFile(*this / "go", "");
+        return child.wait();
+    }
+};
+
+TEST(Build, NamesTheExpectedTimeOfTheFirstBuild)
+{
+    const BuildTree tree;
+    const auto first = tree.build({"scripts/build", "p"}, "(log in");
+    EXPECT_EQ(first.exitCode, 0);
+    EXPECT_EQ(first.out, "build: configuring p\n"
+                         "build: building p: 300 steps, about 2 min (log in build/p.log)\n");
+    const auto second = tree.build({"scripts/build", "p"}, "(log in");
+    EXPECT_EQ(second.exitCode, 0);
+    EXPECT_EQ(second.out, "build: building p (log in build/p.log)\n");
+}
+
+TEST(Build, ShowsTheNumberOfTheLastStepOnATerminal)
+{
+    const BuildTree tree;
+    const auto result = tree.build({"script", "-qec", "scripts/build p", "/dev/null"}, "\rbuild: [1/300]");
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.out.substr(result.out.rfind('\r')), "\r\x1b[K") << "the line is erased at the end";
+}
+
+TEST(Build, ShowsTheFirstErrorOfAFailedBuild)
+{
+    const BuildTree tree;
+    writeFile(tree / "bad", "");
+    const auto result = tree.build({"scripts/build", "p"}, "(log in");
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, "FAILED: two.o\n"
+                          "two.cpp:1: error\n"
+                          "build: p failed; the cause is in the lines above, and in build/p.log\n");
+}
+
+TEST(Build, ShowsTheEndOfTheLogIfTheTreeCannotBeConfigured)
+{
+    const BuildTree tree;
+    writeFile(tree / "unconfigured", "");
+    const auto result = support::runChild({"scripts/build", "p"}, tree.environment(), tree.path());
+    EXPECT_EQ(result.exitCode, 1);
+    std::string expected;
+    for (int i = 11; i <= 40; ++i) expected += "line " + std::to_string(i) + "\n";
+    EXPECT_EQ(result.err,
+              expected + "build: p failed; the cause is in the lines above, and in build/p.log\n");
 }
 
 // In this test the command kvx is a script that prints its arguments.
