@@ -7,6 +7,7 @@
 #include "host/kvx/command_line/shared_options.h"
 #include "host/kvx/doctor/doctor.h"
 #include "host/kvx/files/tune.h"
+#include "host/kvx/picture/picture_command.h"
 #include "host/kvx/play/play_commands.h"
 #include "host/kvx/properties/property_commands.h"
 #include "host/kvx/text/terminal_text.h"
@@ -160,6 +161,34 @@ Command tuneCommand()
     return command;
 }
 
+Command pictureCommand()
+{
+    const auto options = std::make_shared<PictureOptions>();
+    Command command = {"picture", "Draw the waveform and the spectrogram of a sound file, with axes", "FILE OUT.png",
+                       "kvx picture {} song.wav song.png"};
+    command.groups = {
+        {"Arguments", {
+            {"FILE", "", text(options->from),
+             "Any file that libsndfile reads", "", "", "kvx picture song.wav song.png", "", "", true},
+            {"OUT.png", "", text(options->to),
+             "The picture; its name ends in .png", "", "", "kvx picture song.wav song.png", "", "", true},
+        }},
+        {"Output", {
+            {"--width", "PIXELS", number(options->size.width, leastPictureWidth, mostPictureSize),
+             "Width of the picture", "pixels", "1200", "--width 1600"},
+            {"--height", "PIXELS", number(options->size.height, leastPictureHeight, mostPictureSize),
+             "Height of the picture", "pixels", "800", "--height 600"},
+            quietOption(options->isQuiet),
+        }},
+    };
+    command.notes = {
+        "Each channel has a lane: peaks in light blue, RMS in dark blue, in dB of full scale. The spectrogram shows, "
+        "for each frequency, the channel with the highest level, from -120 dB to 0 dB, the level of a sine of full "
+        "scale."};
+    command.run = [options] { return runPicture(*options); };
+    return command;
+}
+
 Command doctorCommand()
 {
     const auto options = std::make_shared<DoctorOptions>();
@@ -212,9 +241,9 @@ OptionGroup generalOptions(const std::string& name)
 
 std::vector<Command> allCommands()
 {
-    std::vector<Command> commands = {playCommand(),   renderCommand(), classesCommand(),     devicesCommand(),
-                                     getCommand(),    setCommand(),    soundStreamCommand(), tuneCommand(),
-                                     doctorCommand(), helpCommand()};
+    std::vector<Command> commands = {
+        playCommand(),        renderCommand(), classesCommand(), devicesCommand(), getCommand(), setCommand(),
+        soundStreamCommand(), tuneCommand(),   pictureCommand(), doctorCommand(),  helpCommand()};
     for (Command& command : commands) command.groups.push_back(generalOptions(command.name));
     return commands;
 }

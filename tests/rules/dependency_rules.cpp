@@ -36,7 +36,8 @@ const Names fixedWidth = {"cstddef", "cstdint", "type_traits"};
 const Names none = {};
 const Names platformLibraries = {"Block", "alsa/",       "ffi.h",        "fmt/",      "jack/",  "portaudio.h",
                                  "pa_",   "rubberband/", "samplerate.h", "sndfile.h", "soxr.h", "utf8proc.h"};
-const Names hostLibraries = {"CLI/", "ffi.h", "fmt/", "nlohmann/", "sndfile.h", "stb/", "utf8proc.h"};
+const Names hostLibraries = {"CLI/",      "ffi.h",     "fmt/", "kiss_fftr.h",
+                             "nlohmann/", "sndfile.h", "stb/", "utf8proc.h"};
 
 const Names control = {"KVXPlatform/"};
 const Names frameworks = {

@@ -86,6 +86,18 @@ Target time(std::optional<double>& target, double low, double high)
     return {Target::Kind::single, read};
 }
 
+Target number(int& target, int low, int high)
+{
+    const std::string range = fmt::format("{} to {}", low, high);
+    const auto read = [&target, low, high, range](const std::string& option, const std::string& text) {
+        const std::optional<int> value = readDecimal<int>(text);
+        if (!value || *value < low || *value > high)
+            throw WrongUsage(fmt::format("{}: {} is not a whole number from {}", option, text, range));
+        target = *value;
+    };
+    return {Target::Kind::single, read, range};
+}
+
 Target orDefault(Target other)
 {
     other.kind = Target::Kind::optionalValue;

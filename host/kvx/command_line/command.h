@@ -88,6 +88,9 @@ Target number(std::optional<double>& target, double low, double high);
 /// Times in seconds from `low` to `high`, in the forms of readTime().
 Target time(std::optional<double>& target, double low, double high);
 
+/// Whole numbers from `low` to `high`, which may be equal to the limits.
+Target number(int& target, int low, int high);
+
 /// A target like `other` whose value may be left out.
 Target orDefault(Target other);
 

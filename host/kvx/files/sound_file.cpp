@@ -99,7 +99,7 @@ AudioStreamBasicDescription floatFormat(double sampleRate, UInt32 channels)
             0};
 }
 
-SoundFormat describe(ExtAudioFileRef file, const std::string& path)
+SoundFormat describe(ExtAudioFileRef file, const std::string& path, int mostChannels)
 {
     AudioStreamBasicDescription stored = {};
     UInt32 size = sizeof stored;
@@ -111,7 +111,7 @@ SoundFormat describe(ExtAudioFileRef file, const std::string& path)
     SoundFormat format;
     format.sampleRate = static_cast<int>(stored.mSampleRate);
     format.fileChannels = static_cast<int>(stored.mChannelsPerFrame);
-    format.channels = std::min(format.fileChannels, 2);
+    format.channels = std::min(format.fileChannels, mostChannels);
     format.frames = report.frames;
     format.isCutShort = report.isCutShort;
     format.statedFrames = report.statedFrames;
@@ -121,10 +121,15 @@ SoundFormat describe(ExtAudioFileRef file, const std::string& path)
 
 } // namespace
 
+std::string formatChannels(int channels)
+{
+    return channels == 1 ? "mono" : channels == 2 ? "stereo" : fmt::format("{} channels", channels);
+}
+
 void SoundFile::Dispose::operator()(OpaqueExtAudioFile* file) const { ExtAudioFileDispose(file); }
 
-SoundFile::SoundFile(const std::string& path)
-    : path_(pathOnDisk(path)), file_(open(path_)), format_(describe(file_.get(), path_))
+SoundFile::SoundFile(const std::string& path, int mostChannels)
+    : path_(pathOnDisk(path)), file_(open(path_)), format_(describe(file_.get(), path_, mostChannels))
 {
     if (format_.frames < 1) throw Failure(fmt::format("{} holds no sound; choose another file", path_));
     const AudioStreamBasicDescription client =

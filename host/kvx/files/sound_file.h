@@ -17,7 +17,7 @@ namespace kvx {
 struct SoundFormat {
     int sampleRate = 0;               ///< sample rate in Hz, within the platform's limits
     int fileChannels = 0;             ///< number of channels in the file
-    int channels = 0;                 ///< number of channels that SoundFile reads: 1 or 2
+    int channels = 0;                 ///< number of channels that SoundFile reads
     std::int64_t frames = 0;          ///< number of frames, as far as the platform can tell before decoding
     bool isCutShort = false;          ///< whether the file ends before the length that its header states
     std::int64_t statedFrames = 0;    ///< number of frames in the header; 0: the header states no number
@@ -26,12 +26,16 @@ struct SoundFormat {
     double duration() const { return static_cast<double>(frames) / sampleRate; } ///< duration in seconds
 };
 
-/// Reads an open sound file. If the file has more than two channels, only the first two are read.
+/// Format a number of channels: "mono", "stereo", "6 channels".
+std::string formatChannels(int channels);
+
+/// Reads an open sound file.
 class SoundFile {
 public:
-    /// Open a sound file. A file that is cut short can be opened, too.
+    /// Open a sound file. If it has more than `mostChannels` channels, only the first ones are read. A file
+    /// that is cut short can be opened, too.
     /// Errors  throws Failure with the reason and the next step.
-    explicit SoundFile(const std::string& path);
+    explicit SoundFile(const std::string& path, int mostChannels = 2);
 
     /// The path of the file, in the spelling of pathOnDisk().
     const std::string& path() const { return path_; }

@@ -2,7 +2,7 @@
 
 #include "host/kvx/files/atomic_file.h"
 #include "host/kvx/files/capture.h"
-#include "host/kvx/files/waveform.h"
+#include "host/kvx/picture/picture_command.h"
 #include "host/kvx/play/buffered_play.h"
 #include "host/kvx/play/classic_play.h"
 #include "host/kvx/play/file_info.h"
@@ -90,14 +90,12 @@ bool playAll(host::Host& host, const Playlist& playlist, const PlayOptions& opti
 
 void keepCapture(Capture& capture, const PlayOptions& options, const std::string& path, Progress& progress)
 {
-    constexpr std::size_t pictureWidth = 1200;
-    constexpr int pictureHeight = 300;
     capture.keep();
     progress.say(fmt::format("Captured output: {}", fs::absolute(path).string()));
     if (!options.capture.empty()) return;
     const std::string picture = options.keep + ".png";
-    writePicture(drawWaveform(columnsOf(path, pictureWidth), pictureHeight), picture);
-    progress.say(fmt::format("Waveform:        {}", fs::absolute(picture).string()));
+    if (writeSoundPicture(path, picture, {}, progress))
+        progress.say(fmt::format("Picture:         {}", fs::absolute(picture).string()));
 }
 
 /// Platform objects that are no leaks after playback: the library's class of the sound component never

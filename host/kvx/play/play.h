@@ -26,7 +26,7 @@ struct PlayOptions {
     DeviceRequest device;
     std::string capture;  ///< path of --capture: the WAV file for the output of the device; empty: none
     std::string keep;     ///< value NAME of --keep: capture the simulated device in NAME.wav, and draw the
-                          ///< waveform in NAME.png; empty: no files
+                          ///< waveform and spectrogram in NAME.png; empty: no files
     PlayerOptions player; ///< options that only the method `file` uses
     float gain = 1;       ///< gain factor that the methods `buffered` and `classic` use
     soundclient::Labelling labelling =

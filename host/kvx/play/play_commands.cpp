@@ -158,7 +158,7 @@ Command playCommand()
         {"Output and other", {
             {"--keep", "NAME", text(line->keep),
              "On the simulated device, and without --capture: write the output to NAME.wav, and a picture of its "
-             "waveform to NAME.png", "", "", "--device simulated --keep kept"},
+             "waveform and spectrogram to NAME.png", "", "", "--device simulated --keep kept"},
             {"--info", "", flag(line->isInfoWanted),
              "Do not play: print each file's container, codec, bit depth and tags, and the formats, rate, channels and "
              "duration that the library reports",

@@ -134,11 +134,6 @@ void warnOfMissingParts(const Playlist& playlist, Progress& progress)
         for (const std::string& line : missingParts(file.path, file.format)) progress.warn(line);
 }
 
-std::string formatChannels(int channels)
-{
-    return channels == 1 ? "mono" : channels == 2 ? "stereo" : fmt::format("{} channels", channels);
-}
-
 void announce(const PlaylistFile& file, int channels, Progress& progress)
 {
     const SoundFormat& format = file.format;

@@ -57,9 +57,6 @@ void warnOfMissingParts(const Playlist& playlist, Progress& progress);
 /// play, also print which ones do not, and a command that plays them.
 void announce(const PlaylistFile& file, int channels, Progress& progress);
 
-/// Format a number of channels: "mono", "stereo", "6 channels".
-std::string formatChannels(int channels);
-
 /// Reads the files of a group as one sound. Only one file is open at a time.
 class GroupReader {
 public:

@@ -29,6 +29,7 @@ TEST_F(Kvx, EveryCommandPrintsHelp)
                                                              {"set", "--help"},
                                                              {"tune", "--help"},
                                                              {"doctor", "--help"},
+                                                             {"picture", "--help"},
                                                              {"-h"}}) {
         SCOPED_TRACE(testing::PrintToString(arguments));
         const auto result = runKvx(arguments);
