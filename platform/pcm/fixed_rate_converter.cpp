@@ -16,6 +16,10 @@ constexpr double mostRatio = 256;
 // The resampling library's buffers grow no more after a block that fills each of them with this many frames.
 constexpr double framesOfLargestBlock = 16384;
 
+// Largest block at extreme ratios, in frames of the higher rate, because the library takes quadratic time for
+// a block. There, only the measured frames fill the buffers.
+constexpr double largestBlock = 65536;
+
 // Number of frames, at the lower rate, during which the lag of the output is measured.
 constexpr double measuredFrames = 16384;
 
@@ -102,8 +106,9 @@ void FixedRateConverter::settle()
 {
     const double ratio = to_ / from_;
     const double inputPerFrame = std::max(1.0, 1 / ratio); // input frames per frame of the lower rate
-    const auto most = static_cast<UInt32>(framesOfLargestBlock * inputPerFrame);
-    const auto capacity = static_cast<UInt32>(most * std::max(1.0, ratio)) + 1;
+    const auto most = static_cast<UInt32>(
+        std::min(framesOfLargestBlock * inputPerFrame, largestBlock / std::max(1.0, ratio)));
+    const auto capacity = static_cast<UInt32>(std::max(most, 2 * blockFrames_) * std::max(1.0, ratio)) + 1;
     std::vector<Float32> discarded(std::size_t{capacity} * channels_);
     const std::vector<Float32> silence(std::size_t{most} * channels_);
     fed_ = most;
