@@ -3,6 +3,7 @@
 #include "host/kvx/files/atomic_file.h"
 #include "host/kvx/terminal/interrupt.h"
 #include "host/kvx/text/failure.h"
+#include "host/kvx/text/time_text.h"
 
 #include <fmt/core.h>
 
