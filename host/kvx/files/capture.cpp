@@ -4,6 +4,7 @@
 #include "host/kvx/text/failure.h"
 
 #include <cstdio>
+#include <filesystem>
 
 namespace kvx {
 namespace {
@@ -19,8 +20,10 @@ Failure platformFailure(const std::string& temporary, const std::string& path)
 
 } // namespace
 
+// The platform adds ".part" to the path while the capture runs, which makes the path of temporaryPathFor().
 Capture::Capture(KVXDeviceID device, const std::string& path)
-    : device_(device), path_(path), temporary_(temporaryPathFor(path))
+    : device_(device), path_(path),
+      temporary_(std::filesystem::path(temporaryPathFor(path)).replace_extension())
 {
     if (KVXPlatformStartCapture(device_, temporary_.c_str()) != 0) throw platformFailure(temporary_, path_);
 }
