@@ -36,7 +36,8 @@ constexpr std::initializer_list<NamedCurve> curves = {
 
 // A test measures the figure.
 constexpr const char* bandNote =
-    "\nNeighbouring bands add up: two at +12 dB give +14.9 dB at each of the two centres.\n"
+    "\nNeighbouring bands add up: two at +12 dB give +14.9 dB at both centres, and a little less above 4 "
+    "kHz.\n"
     "A list for --eq has one gain per band, in this order, with commas between the gains.\n";
 
 std::string names()
