@@ -20,21 +20,31 @@ Setting settingOf(const Unit& unit)
     return {globalValue(unit, rate), cents == 0 ? 1 : std::exp2(cents / 1200)};
 }
 
-// The finer mode requires an overlap and a render quality of at least these values.
-constexpr Float32 finerOverlap = 8;
-constexpr UInt32 finerQuality = kRenderQuality_High;
+constexpr Float32 defaultOverlap = 8; // also the overlap of the classic unit
+
+// The mode at an overlap and a render quality: the first row whose minimums both are met. At the default
+// settings, a single window would detune close chords and soften attacks (docs/performance.md).
+constexpr struct {
+    Float32 overlap;
+    UInt32 quality;
+    Stretcher::Mode mode;
+} modes[] = {
+    {defaultOverlap, kRenderQuality_High, Stretcher::Mode::finer},
+    {0, kRenderQuality_Min, Stretcher::Mode::faster},
+};
 
 int modeAt(Float32 overlap, UInt32 quality)
 {
-    const bool isFiner = overlap >= finerOverlap && quality >= finerQuality;
-    return static_cast<int>(isFiner ? Stretcher::Mode::finer : Stretcher::Mode::faster);
+    const auto* row = modes;
+    while (overlap < row->overlap || quality < row->quality) ++row;
+    return static_cast<int>(row->mode);
 }
 
 int newMode(const Unit& unit, UInt32 quality)
 {
     return modeAt(globalValue(unit, kNewTimePitchParam_Overlap), quality);
 }
-int classicMode(const Unit&, UInt32 quality) { return modeAt(finerOverlap, quality); }
+int classicMode(const Unit&, UInt32 quality) { return modeAt(defaultOverlap, quality); }
 
 std::unique_ptr<RateEngine> make(const AudioStreamBasicDescription& format, int mode)
 {
@@ -62,7 +72,7 @@ const Parameter newTimePitchParameters[] = {
     // id                                   count scope  name                   unit     least    most     initial read only get  set
     {kNewTimePitchParam_Rate,               1, global, "rate",                inRate,  slowest, fastest, 1, false, nullptr, setRateParameter},
     {kNewTimePitchParam_Pitch,              1, global, "pitch",               inCents, -2400,   2400,    0, false, nullptr, setRateParameter},
-    {kNewTimePitchParam_Overlap,            1, global, "overlap",             generic, 3,       32,      8, false, nullptr, setRateParameter},
+    {kNewTimePitchParam_Overlap,            1, global, "overlap",             generic, 3,       32,      defaultOverlap, false, nullptr, setRateParameter},
     {kNewTimePitchParam_EnablePeakLocking,  1, global, "enable peak locking", boolean, 0,       1,       1, false, nullptr, setRateParameter},
 };
 const Parameter timePitchParameters[] = {
