@@ -4,6 +4,7 @@
 #include "host/kvx/play/file_player.h"
 #include "host/kvx/play/player_options.h"
 #include "host/kvx/text/terminal_text.h"
+#include "host/kvx/text/time_text.h"
 
 #include <fmt/core.h>
 #include <nlohmann/json.hpp>
