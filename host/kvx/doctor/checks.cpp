@@ -60,9 +60,8 @@ void checkDevices(const SystemFacts& facts, Checks& checks)
     std::size_t row = 0;
     for (const KVXDeviceInfo& device : facts.devices) {
         const std::string subject = fmt::format("device {}", row++);
-        const std::string text =
-            fmt::format("{} ({}): {} Hz, {} out, {} in", device.name, device.manufacturer, device.sampleRate,
-                        device.outputChannels, device.inputChannels);
+        const std::string text = fmt::format("{} ({}): {} Hz, {} out, {} in", device.name, device.system,
+                                             device.sampleRate, device.outputChannels, device.inputChannels);
         if (device.isAlive)
             checks.push_back({subject, true, text, ""});
         else

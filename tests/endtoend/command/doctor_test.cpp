@@ -29,7 +29,7 @@ TEST(KvxDoctor, ReportsThatTheSimulatedDeviceCanPlay)
     EXPECT_EQ(lineOf(result, "output"),
               "ok       output                `kvx play` plays to Simulated Device");
     EXPECT_EQ(lineOf(result, "device 0"),
-              "ok       device 0              Simulated Device (KVX Audio): 44100 Hz, 2 out, 0 in");
+              "ok       device 0              Simulated Device (simulated): 44100 Hz, 2 out, 0 in");
     EXPECT_EQ(lineOf(result, "KVXAudio.so"),
               "ok       KVXAudio.so           loads from " KVX_BINARY_DIR "/KVXAudio.so");
     EXPECT_EQ(lineOf(result, "KVX_AUDIO_DEVICE"), "ok       KVX_AUDIO_DEVICE      \"simulated\"");

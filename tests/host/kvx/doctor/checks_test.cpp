@@ -13,11 +13,11 @@ constexpr std::uint64_t unlimited = std::numeric_limits<std::uint64_t>::max();
 // The package names of the architecture for which this test is built.
 #define ARCHITECTURE (sizeof(void*) == 4 ? ":i386" : "")
 
-KVXDeviceInfo device(const char* name, const char* maker, bool isSimulated)
+KVXDeviceInfo device(const char* name, const char* system, bool isSimulated)
 {
     KVXDeviceInfo row = {};
     std::strcpy(row.name, name);
-    std::strcpy(row.manufacturer, maker);
+    std::strcpy(row.system, system);
     row.sampleRate = 48000;
     row.outputChannels = 2;
     row.isSimulated = isSimulated;
@@ -115,7 +115,7 @@ TEST(Checks, NameEachProblemAndWhatHelps)
          },
          "problem  output                there is no output device \"x\"; name another one\n", false},
         {[](SystemFacts& f) {
-             f.output = device("Simulated Device", "KVX Audio", true);
+             f.output = device("Simulated Device", "simulated", true);
              f.isOutputFallback = true;
          },
          "problem  output                no sound hardware opens, so nothing is audible; connect a sound "
@@ -177,7 +177,7 @@ TEST(Checks, AcceptASystemThatNeedsNoHardware)
         void (*change)(SystemFacts&);
         std::string lines;
     } facts[] = {
-        {[](SystemFacts& f) { f.output = device("Simulated Device", "KVX Audio", true); },
+        {[](SystemFacts& f) { f.output = device("Simulated Device", "simulated", true); },
          "ok       output                `kvx play` plays to Simulated Device\n"},
         {[](SystemFacts& f) {
              f.isHardwareRead = false;
