@@ -3,7 +3,6 @@
 #include "host/kvx/files/atomic_file.h"
 #include "host/kvx/terminal/interrupt.h"
 #include "host/kvx/text/failure.h"
-#include "host/kvx/text/time_text.h"
 
 #include <fmt/core.h>
 
@@ -25,20 +24,19 @@ void checkName(const std::string& path)
 bool writeSoundPicture(const std::string& from, const std::string& to, const PictureSize& size,
                        Progress& progress)
 {
+    const bool wasInterrupted = isInterrupted(); // a signal that ended playback does not end this work
     const auto showProgress = [&](const SoundFormat& format, std::int64_t frames) {
         progress.showLine(
-            fmt::format("  {} / {}  {:3.0f} %", formatTime(static_cast<double>(frames) / format.sampleRate),
-                        formatTime(format.duration()),
-                        100.0 * static_cast<double>(frames) / static_cast<double>(format.frames)));
-        return !isInterrupted();
+            formatShareDone(static_cast<double>(frames) / format.sampleRate, format.duration()));
+        return isInterrupted() == wasInterrupted;
     };
     const PictureLayout layout = layOutPicture(size, SoundFile(from).format().fileChannels);
-    const SoundAnalysis analysis = analyseSound(from, layout.analysisSize(), showProgress);
+    const std::optional<SoundAnalysis> analysis = analyseSound(from, layout.analysisSize(), showProgress);
     progress.wipe();
-    if (isInterrupted()) return false;
-    for (const std::string& warning : missingParts(from, analysis.format)) progress.warn(warning);
-    if (analysis.isDamaged) progress.warn(formatDamage(from));
-    writePicture(drawSound(analysis, std::filesystem::path(from).filename().string(), size), to);
+    if (!analysis) return false;
+    for (const std::string& warning : missingParts(from, analysis->format)) progress.warn(warning);
+    if (analysis->isDamaged) progress.warn(formatDamage(from));
+    writePicture(drawSound(*analysis, std::filesystem::path(from).filename().string(), size), to);
     return true;
 }
 

@@ -199,8 +199,9 @@ int windowFrames(int sampleRate)
     return frames;
 }
 
-SoundAnalysis analyseSound(const std::string& path, const AnalysisSize& size,
-                           const std::function<bool(const SoundFormat&, std::int64_t)>& isContinued)
+std::optional<SoundAnalysis>
+analyseSound(const std::string& path, const AnalysisSize& size,
+             const std::function<bool(const SoundFormat&, std::int64_t)>& isContinued)
 {
     constexpr std::size_t blockFrames = 16384;
     SoundFile file(path, size.channels);
@@ -215,7 +216,7 @@ SoundAnalysis analyseSound(const std::string& path, const AnalysisSize& size,
         waves.add(block.data(), static_cast<std::int64_t>(got));
         spectra.add(block.data(), got);
         frames += static_cast<std::int64_t>(got);
-        if (!isContinued(analysis.format, frames)) break;
+        if (!isContinued(analysis.format, frames)) return std::nullopt;
     }
     analysis.isDamaged = file.isDamaged();
     analysis.waves = waves.takeWaves();

@@ -6,6 +6,7 @@
 #include "host/kvx/files/sound_file.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -39,11 +40,13 @@ struct AnalysisSize {
 /// The number of frames that a spectrum of this sample rate covers: a power of two, about 1/25 s.
 int windowFrames(int sampleRate);
 
-/// Analyse a file. `isContinued` is called after each block with the number of frames read so far; if it
-/// returns false, the analysis ends there. A spectrum uses a Hann window; it shows, for each frequency, the
-/// channel with the highest level. A column shows the mean power of the spectra in its part of the file.
-/// Errors  throws Failure if the file cannot be read.
-SoundAnalysis analyseSound(const std::string& path, const AnalysisSize& size,
-                           const std::function<bool(const SoundFormat&, std::int64_t)>& isContinued);
+/// Analyse a file. `isContinued` is called after each block with the number of frames read so far. A spectrum
+/// uses a Hann window; it shows, for each frequency, the channel with the highest level. A column shows the
+/// mean power of the spectra in its part of the file.
+/// Returns  nullopt if `isContinued` has returned false, which ends the analysis.
+/// Errors   throws Failure if the file cannot be read.
+std::optional<SoundAnalysis>
+analyseSound(const std::string& path, const AnalysisSize& size,
+             const std::function<bool(const SoundFormat&, std::int64_t)>& isContinued);
 
 } // namespace kvx

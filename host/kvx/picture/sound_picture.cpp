@@ -1,7 +1,7 @@
 #include "host/kvx/picture/sound_picture.h"
 
-#include "host/kvx/terminal/progress.h"
 #include "host/kvx/text/terminal_text.h"
+#include "host/kvx/text/time_text.h"
 
 #include <fmt/core.h>
 
@@ -23,7 +23,7 @@ constexpr Colour labelColour = {84, 92, 104};
 constexpr int titleSize = 20, labelSize = 14; // heights of a line of text
 constexpr int margin = 12;
 constexpr int left = 54, right = 66, top = 66, bottom = 34; // space around the plots, for title and labels
-constexpr int plotGap = 26, laneGap = 6, leastLane = 16;
+constexpr int plotGap = 26, laneGap = 6, leastLane = 16, leastLabelledLane = 34;
 constexpr int tickLength = 5, labelDistance = 8;
 constexpr int barWidth = 12;
 
@@ -73,8 +73,11 @@ void drawLevelLabels(Picture& picture, const Area& lane)
         const char* text;
         int leastHeight; // smallest height of a lane with this label
     };
-    constexpr Label labels[] = {
-        {1, "0", 34}, {0.5, "−6", 80}, {0, "−∞", 34}, {-0.5, "−6", 80}, {-1, "0", 60}};
+    constexpr Label labels[] = {{1, "0", leastLabelledLane},
+                                {0.5, "−6", 80},
+                                {0, "−∞", leastLabelledLane},
+                                {-0.5, "−6", 80},
+                                {-1, "0", 60}};
     constexpr int half = labelSize / 2 - 2;
     for (const Label& label : labels) {
         if (lane.height < label.leastHeight) continue;
@@ -120,6 +123,7 @@ void drawLanes(Picture& picture, const PictureLayout& layout, const SoundAnalysi
                  labelColour);
     }
     const Area& first = layout.lanes.front();
+    if (first.height < leastLabelledLane) return;
     drawText(picture, first.x - labelDistance, first.y - labelSize / 2 - 3, "dB", labelSize, labelColour,
              TextAt::right);
 }

@@ -149,10 +149,7 @@ bool runDevice(const KVXDeviceInfo& device, LoopSlices slices, std::uint64_t fra
         done += step;
         KVXPlatformDrainMainQueue(0);
         progress.showLine(
-            {{"  " + formatTime(static_cast<double>(done) / rate), 1},
-             {" / " + formatTime(static_cast<double>(frames) / rate), 2},
-             {fmt::format("  {:3.0f} %", 100.0 * static_cast<double>(done) / static_cast<double>(frames)),
-              0}});
+            formatShareDone(static_cast<double>(done) / rate, static_cast<double>(frames) / rate));
     }
     return true;
 }

@@ -89,6 +89,13 @@ std::string formatLevel(float peak)
                        std::clamp(db, -99.9, 999.9));
 }
 
+LiveLine formatShareDone(double seconds, double totalSeconds)
+{
+    return {{"  " + formatTime(seconds), 1},
+            {" / " + formatTime(totalSeconds), 2},
+            {fmt::format("  {:3.0f} %", 100.0 * seconds / totalSeconds), 0}};
+}
+
 LiveLine formatPlayStatus(const PlayStatus& status)
 {
     LiveLine line = formatPosition(status);

@@ -22,6 +22,9 @@ std::string fitLine(const LiveLine& line, std::size_t width);
 /// Format a peak as a bar, from -60 dB to full scale, and as a number: "[#####-----]  -33.0 dB".
 std::string formatLevel(float peak);
 
+/// Format how much of a sound is done, in seconds: "  0:02.4 / 0:06.5   37 %".
+LiveLine formatShareDone(double seconds, double totalSeconds);
+
 /// The state of a player. All times are in seconds of the file.
 struct PlayStatus {
     double position = 0, duration = 0;

@@ -129,6 +129,21 @@ TEST_F(Kvx, KeepWritesSoundAndWaveform)
     EXPECT_EQ(folder.count(), 3u);
 }
 
+TEST_F(Kvx, KeepWritesSoundAndPictureAfterASignal)
+{
+    support::writeSound(support::makeNoise(44100, 2, 44100 * 60), folder / "long.wav");
+    support::Child child(kvxCommand({"play", "--keep", "kept", "long.wav"}), {}, folder.path());
+    while (child.isRunning() && unfinishedBytes() < 44100 * 2 * sizeof(float))
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    child.send(SIGINT);
+    const auto result = child.wait();
+    EXPECT_EQ(result.exitCode, 130);
+    EXPECT_EQ(result.err, "");
+    EXPECT_GT(support::readSound(folder / "kept.wav").frames(), 44100u);
+    EXPECT_GT(std::filesystem::file_size(folder / "kept.png"), 1000u);
+    EXPECT_EQ(folder.count(), 3u);
+}
+
 TEST_F(Kvx, PlaysWithEveryHostVersion)
 {
     support::writeSound(support::makeNoise(44100, 2, 4410), folder / "a.wav");

@@ -21,7 +21,8 @@ struct SoundAnalysisTest : testing::Test {
     {
         support::writeSound(sound, folder / "a.wav");
         return kvx::analyseSound(folder / "a.wav", size,
-                                 [](const kvx::SoundFormat&, std::int64_t) { return true; });
+                                 [](const kvx::SoundFormat&, std::int64_t) { return true; })
+            .value();
     }
 };
 
@@ -117,10 +118,12 @@ TEST_F(SoundAnalysisTest, EndsIfTheCallerDoesNotContinue)
 {
     support::writeSound(support::makeNoise(44100, 1, 40000), folder / "a.wav");
     int calls = 0;
-    kvx::analyseSound(folder / "a.wav", {10, 10, 1}, [&](const kvx::SoundFormat&, std::int64_t) {
-        ++calls;
-        return false;
-    });
+    const auto analysis =
+        kvx::analyseSound(folder / "a.wav", {10, 10, 1}, [&](const kvx::SoundFormat&, std::int64_t) {
+            ++calls;
+            return false;
+        });
+    EXPECT_FALSE(analysis);
     EXPECT_EQ(calls, 1);
 }
 

@@ -44,6 +44,13 @@ std::string lineOf(const kvx::PlayStatus& status, const kvx::FilePlaySettings& s
     return fitLine(formatPlayStatus(status, settings), width);
 }
 
+TEST(ShareDone, PrintsTimesAndPercent)
+{
+    EXPECT_EQ(kvx::fitLine(kvx::formatShareDone(2.43, 6.5), 80), "  0:02.4 / 0:06.5   37 %");
+    EXPECT_EQ(kvx::fitLine(kvx::formatShareDone(6.5, 6.5), 80), "  0:06.5 / 0:06.5  100 %");
+    EXPECT_EQ(kvx::fitLine(kvx::formatShareDone(2.43, 6.5), 10), "   37 %");
+}
+
 TEST(PlayStatus, PrintsPositionLevelRateAndLoop)
 {
     EXPECT_EQ(lineOf(playing()), "  0:02.4 / 0:06.5  [#########-]  -9.4 dB  rate 1.00  no loop");
