@@ -12,7 +12,6 @@
 #include "host/kvx/terminal/interrupt.h"
 #include "host/kvx/terminal/progress.h"
 #include "host/kvx/text/terminal_text.h"
-#include "host/kvx/text/time_text.h"
 
 #include <fmt/core.h>
 

@@ -102,7 +102,7 @@ TEST_F(Kvx, PrintsPlainLinesWithoutATerminal)
     EXPECT_EQ(result.err, "");
     for (const char* part :
          {"Playing one.wav: 48000 Hz, mono, 0:02.0", "Playing six.wav: 48000 Hz, 6 channels, 0:00.5",
-          "It plays the first 2 of its 6 channels."})
+          "It plays channels 0 and 1 of its 6, and drops channels 2 to 5."})
         EXPECT_NE(result.out.find(part), std::string::npos) << result.out;
     EXPECT_EQ(result.out.find('\r'), std::string::npos);
     EXPECT_EQ(folder.count(), 2u) << "no files besides the input";
@@ -205,12 +205,14 @@ TEST_F(Kvx, WritesACaptureToOneTemporaryFile)
     child.wait();
 }
 
-// The terminal prints "^C" after the progress line, so the final message must start on the next line.
+// Without keys, the terminal prints "^C" after the progress line, so the final message must start on the next
+// line.
 TEST_F(Kvx, PrintsStoppedOnTheLineAfterCtrlC)
 {
-    support::writeSound(support::makeNoise(44100, 2, 44100 * 60), folder / "long.wav");
-    PtyChild child(kvxCommand({"play", "--buffered", folder / "long.wav"}));
-    ASSERT_TRUE(child.waitFor(" dB")) << child.shown();
+    support::writeSound(support::makeNoise(44100, 2, 44100 * 10), folder / "long.wav");
+    PtyChild child(kvxCommand({"render", folder / "long.wav", folder / "out.wav", "--pitch", "100", "--loop",
+                               "0:10", "--duration", "1:00:00"}));
+    ASSERT_TRUE(child.waitFor(" %")) << child.shown();
     child.type("\x03");
     EXPECT_EQ(child.wait(), 130);
     const auto at = child.shown().find("^C");
