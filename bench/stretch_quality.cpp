@@ -64,8 +64,10 @@ struct Setting {
 };
 
 const Setting settings[] = {
-    {"rate 1.25", 1 / 1.25, 1}, {"rate 0.8", 1 / 0.8, 1},
-    {"rate 0.67", 1.5, 1},      {"rate 0.5", 2, 1},
+    {"rate 1.25", 1 / 1.25, 1},
+    {"rate 0.8", 1 / 0.8, 1},
+    {"rate 0.67", 1.5, 1},
+    {"rate 0.5", 2, 1},
     {"+300 cents", 1, std::exp2(300 / 1200.0)},
 };
 
@@ -96,9 +98,9 @@ Samples toneOf(const Frequencies& frequencies)
     for (const double frequency : frequencies) {
         phase += 1.7; // different phases, because equal ones add up to a pulse
         for (std::size_t i = 0; i < samples.size(); ++i)
-            samples[i] += static_cast<float>(
-                0.8 / level / frequency *
-                std::sin(2 * pi * frequency * static_cast<double>(i) / rate + phase));
+            samples[i] +=
+                static_cast<float>(0.8 / level / frequency *
+                                   std::sin(2 * pi * frequency * static_cast<double>(i) / rate + phase));
     }
     return samples;
 }
@@ -145,8 +147,7 @@ Output stretchWithRubberBand(const Samples& in, double ratio, int options)
         output.samples.insert(output.samples.end(), planes[0].begin(), planes[0].end());
     }
     output.time = std::clock() - begin;
-    output.samples.erase(output.samples.begin(),
-                         output.samples.begin() + static_cast<std::ptrdiff_t>(delay));
+    output.samples.erase(output.samples.begin(), output.samples.begin() + static_cast<std::ptrdiff_t>(delay));
     return output;
 }
 
@@ -287,7 +288,8 @@ Attack attackOf(const Samples& out, const Samples& in, const Setting& setting)
     constexpr std::size_t span = framesOf(0.001), step = framesOf(0.00025), loud = framesOf(0.005);
     Attack sum = {};
     double early = 0, all = 0, hits = 0;
-    for (double time = 2 * attackDistance; time + attackDistance < inputSeconds; time += attackDistance, ++hits) {
+    for (double time = 2 * attackDistance; time + attackDistance < inputSeconds;
+         time += attackDistance, ++hits) {
         const std::size_t expected = framesOf(time * setting.ratio);
         const std::size_t from = expected - framesOf(0.15), end = expected + framesOf(0.15);
         const double peak = loudest(out, from, end, span);
@@ -298,8 +300,8 @@ Attack attackOf(const Samples& out, const Samples& in, const Setting& setting)
         early += energyOf(out, attack - framesOf(0.12), framesOf(0.118));
         all += energyOf(out, from, end - from);
         sum.rise += 1000 * static_cast<double>(attack - begin) / rate;
-        sum.loss += decibels(loudest(in, framesOf(time), framesOf(time) + 1, loud) /
-                             loudest(out, from, end, loud));
+        sum.loss +=
+            decibels(loudest(in, framesOf(time), framesOf(time) + 1, loud) / loudest(out, from, end, loud));
     }
     return {decibels(early / all), sum.rise / hits, sum.loss / hits};
 }

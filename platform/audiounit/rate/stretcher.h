@@ -2,8 +2,8 @@
 //
 // Both modes use Rubber Band's finer engine, either with all of its windows or with a single window. The
 // faster engine of Rubber Band is not used because it allocates whenever the ratio changes, cannot stretch to
-// less than about an eighth of the duration, and costs more and changes attacks more than the finer engine
-// with a single window (docs/performance.md).
+// less than about an eighth of the duration, costs more than the finer engine with a single window, and with
+// each of its options blurs attacks or disturbs steady notes (docs/performance.md).
 #pragma once
 
 #include "platform/audiounit/rate/rate_engine.h"

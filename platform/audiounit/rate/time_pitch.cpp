@@ -22,22 +22,24 @@ Setting settingOf(const Unit& unit)
 
 constexpr Float32 defaultOverlap = 8; // also the overlap of the classic unit
 
-// The mode at an overlap and a render quality: the first row whose minimums both are met. At the default
-// settings, a single window would detune close chords and soften attacks (docs/performance.md).
-constexpr struct {
-    Float32 overlap;
-    UInt32 quality;
+struct Choice {
+    Float32 overlap; ///< least overlap
+    UInt32 quality;  ///< least render quality
     Stretcher::Mode mode;
-} modes[] = {
+};
+
+// The first row whose two limits are met applies. The default settings select all windows, because a single
+// window detunes close chords and softens attacks (docs/performance.md).
+constexpr Choice choices[] = {
     {defaultOverlap, kRenderQuality_High, Stretcher::Mode::finer},
     {0, kRenderQuality_Min, Stretcher::Mode::faster},
 };
 
 int modeAt(Float32 overlap, UInt32 quality)
 {
-    const auto* row = modes;
-    while (overlap < row->overlap || quality < row->quality) ++row;
-    return static_cast<int>(row->mode);
+    const Choice* choice = choices;
+    while (overlap < choice->overlap || quality < choice->quality) ++choice;
+    return static_cast<int>(choice->mode);
 }
 
 int newMode(const Unit& unit, UInt32 quality)
