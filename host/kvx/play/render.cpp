@@ -183,9 +183,9 @@ bool renderFile(host::Host& host, const RenderOptions& options, const PlaylistFi
     Capture out(device.info().device, options.to);
     player.play();
     const bool isWhole = runDevice(device.info(), LoopSlices(player, rate), frames, progress);
-    progress.wipe();
     player.pause();
     if (!isWhole) return false;
+    progress.wipe();
     checkRenderError(player, file.path);
     out.keep();
     progress.say(fmt::format("Rendered {}: {} Hz, {}, {}", options.to, rate, formatChannels(deviceChannels),
