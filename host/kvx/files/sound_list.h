@@ -12,11 +12,9 @@ namespace kvx {
 std::initializer_list<const char*> soundFileExtensions();
 
 /// Replace a folder by its sound files, and a playlist file by its entries. Any other path stays unchanged.
-/// Shape    `isRecursive`: also search the folders in a folder. The files of a folder are sorted by name,
-/// with
-///          numbers in numeric order; hidden files and links to folders are left out. The entries of a
-///          playlist file are URLs, or paths in which relative paths begin at the folder of the playlist
-///          file.
+/// Shape    `isRecursive`: also search the folders in a folder. The files of a folder are sorted by name;
+///          numbers in names are in numeric order. Hidden files and links to folders are left out. The
+///          entries of a playlist file are URLs and paths; a relative path begins at the list's folder.
 /// Errors   throws Failure for a list that cannot be read or has no files.
 std::vector<std::string> expandList(const std::string& path, bool isRecursive);
 

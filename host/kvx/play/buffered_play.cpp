@@ -57,8 +57,11 @@ public:
 
 private:
     const PlaylistFile& file() const { return group_.fileAt(static_cast<std::int64_t>(player_.position())); }
+
+    /// The number of the present file, or of the file to which the user skips.
     std::size_t fileNumber() const
     {
+        if (skipTo_) return *skipTo_;
         return first_ + static_cast<std::size_t>(&file() - group_.files.data());
     }
 

@@ -15,10 +15,9 @@
 namespace kvx {
 
 /// Plays one format group of the playlist through the library's class CoreAudioPlayerKVX, and decodes the
-/// files ahead of the audible position. Call start(), then call advance() until it returns false. The class
-/// has neither pause, seek nor volume: to change them, the queue is dropped and filled again from the
-/// position. Shape   the queue holds several interleaved blocks of four seconds, at most 8 MiB each. Blocks
-/// are long,
+/// files ahead of the audible position. Call start(), then call advance() until it returns false.
+/// The class has neither pause, seek nor volume: stop() drops the queue, and start() fills it again.
+/// Shape   the queue holds several interleaved blocks of four seconds, at most 8 MiB each. Blocks are long,
 ///         because the class loses one frame per block if it converts the sample rate.
 /// [main]
 class BufferedPlayer {
@@ -77,10 +76,9 @@ private:
 /// The keys that playBuffered() applies.
 std::vector<Key> bufferedKeys();
 
-/// Play from the frame number `startFrame` of the first file of a group until the end of the group, or until
-/// a key or a signal of the user ends it. Shape    `first` is the number of the first file of the group in
-/// `order`; `gain` is a factor. Returns  the number of the file that plays next; nullopt if playback has
-/// ended. Errors   throws Failure. [main]
+/// Play a group from the frame number `startFrame` to its end, or until a key or a signal of the user ends
+/// it. Shape    `first` is the number of the group's first file in `order`; `gain` is a factor. Returns  the
+/// number of the file that plays next; nullopt if playback has ended. Errors   throws Failure. [main]
 std::optional<std::size_t> playBuffered(host::Host& host, const FormatGroup& group, std::size_t first,
                                         std::int64_t startFrame, const PlayOrder& order, float gain,
                                         Session& session);

@@ -119,8 +119,8 @@ public:
     }
 
     /// Play from the file `first` until the end of the last file, a file for the buffered player, or a key or
-    /// a signal that ends playback. Returns  the number of the file for the buffered player; nullopt if
-    /// playback has ended.
+    /// a signal that ends playback.
+    /// Returns  the number of the file for the buffered player; nullopt if playback has ended.
     std::optional<std::size_t> run(std::size_t first)
     {
         wanted_ = first;
@@ -236,8 +236,7 @@ private:
 
     /// Start the next file if the current file has ended or is skipped, and release a player whose tail has
     /// ended.
-    /// Returns  false after the last sound of the last file, or if the user skips to a file for another
-    /// player.
+    /// Returns  false after the last sound of the last file, or on a skip to a file for the buffered player.
     bool checkEnds()
     {
         if (isWantedLoaded() && (isSkipping_ || hasEnded(*current_, Until::latency))) startNext();

@@ -48,9 +48,9 @@ bool isForBufferedPlayer(const PlayerOptions& options, const PlaylistFile& file,
 double loadedBytes(const PlayerOptions& options, const PlaylistFile& file, const KVXDeviceInfo& device);
 
 /// Play from the file `first` until the end, until a file for the buffered player, or until a key or a signal
-/// of the user ends playback. A file that fails to load is reported and left out of `order`. Returns  the
-/// number of the file for the buffered player; nullopt if playback has ended. Errors   throws Failure, also
-/// if no file is left.
+/// of the user ends playback. A file that fails to load is reported and left out of `order`.
+/// Returns  the number of the file for the buffered player; nullopt if playback has ended.
+/// Errors   throws Failure, also if no file is left.
 std::optional<std::size_t> playFiles(host::Host& host, const std::vector<PlaylistFile>& files,
                                      std::size_t first, PlayOrder& order, const PlayerOptions& options,
                                      Session& session);

@@ -40,9 +40,9 @@ std::string capturePath(const PlayOptions& options, const KVXDeviceInfo& device)
     return !options.keep.empty() && device.isSimulated ? options.keep + ".wav" : "";
 }
 
-/// Play a file by the method `buffered`, and all files of the same format that follow, unless only this file
-/// is too long for the memory. Returns  the number of the file that plays next; nullopt if playback has
-/// ended.
+/// Play a file through the buffered player: with --buffered, also the next files of the same format; without,
+/// because the file is too long for the memory.
+/// Returns  the number of the file that plays next; nullopt if playback has ended.
 std::optional<std::size_t> playBufferedFrom(host::Host& host, const std::vector<PlaylistFile>& files,
                                             std::size_t first, const PlayOrder& order,
                                             const PlayOptions& options, Session& session)

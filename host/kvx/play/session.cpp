@@ -62,8 +62,7 @@ void Volume::toggleMute()
 
 void Session::enableKeys()
 {
-    if (isStepped_ || areKeysEnabled_) return;
-    areKeysEnabled_ = true;
+    if (isStepped_) return;
     const char* obstacle = Keyboard::obstacle();
     progress_.say(obstacle ? fmt::format("No keys: {}. Ctrl-C ends.", obstacle) : keyHint);
     if (!obstacle) keyboard_.emplace();

@@ -95,7 +95,7 @@ public:
     Session& operator=(const Session&) = delete;
 
     /// Read keys from now on, and print keyHint; if no keys can be read, print the reason. Has no effect if
-    /// the device is stepped (runs faster than real time), or in later calls.
+    /// the device is stepped (runs faster than real time).
     void enableKeys();
 
     /// Apply the typed keys, update the live line, and let the device play by passTime() with `frames`.
@@ -121,7 +121,6 @@ private:
     Progress& progress_;
     Meter meter_;
     Volume volume_;
-    bool areKeysEnabled_ = false;
     std::optional<Keyboard> keyboard_;
     bool isQuit_ = false;
 };
