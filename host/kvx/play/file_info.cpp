@@ -3,6 +3,8 @@
 #include "host/kvx/files/file_details.h"
 #include "host/kvx/play/file_player.h"
 #include "host/kvx/play/player_options.h"
+#include "host/kvx/terminal/interrupt.h"
+#include "host/kvx/text/message.h"
 #include "host/kvx/text/terminal_text.h"
 #include "host/kvx/text/time_text.h"
 
@@ -37,8 +39,10 @@ FileInfo readInfo(host::Host& host, const PlaylistFile& file, Progress& progress
     const int fileChannels = file.format.fileChannels;
     player.load(file.path, std::min(fileChannels, mostChannels));
     const std::int64_t frames = framesLoaded(player, file, progress);
-    return {file.path, readFileDetails(file.path), player.sampleRate(),  fileChannels, player.channels(),
-            frames,    player.clientFormat(),      player.outputFormat()};
+    return {withInputNames(file.path), readFileDetails(file.path),
+            player.sampleRate(),       fileChannels,
+            player.channels(),         frames,
+            player.clientFormat(),     player.outputFormat()};
 }
 
 std::string formatInfo(const FileInfo& info)
@@ -87,6 +91,7 @@ std::string describeFiles(host::Host& host, const std::vector<PlaylistFile>& fil
     std::string text;
     ordered_json list = ordered_json::array();
     for (const PlaylistFile& file : files) {
+        if (isInterrupted()) break;
         const FileInfo info = readInfo(host, file, progress);
         isJson ? list.push_back(infoJson(info)) : void(text += formatInfo(info));
     }

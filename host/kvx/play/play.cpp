@@ -2,6 +2,7 @@
 
 #include "host/kvx/files/atomic_file.h"
 #include "host/kvx/files/capture.h"
+#include "host/kvx/files/streams.h"
 #include "host/kvx/picture/picture_command.h"
 #include "host/kvx/play/buffered_play.h"
 #include "host/kvx/play/classic_play.h"
@@ -112,14 +113,16 @@ std::vector<KVXLiveCount> expectedObjects(PlayMethod method)
 int play(const PlayOptions& options)
 {
     Progress progress(verbosityFor(options.isQuiet, stdout), stdout);
-    const Playlist playlist = planPlaylist(options.files, options.isRecursive, progress);
+    // The guard exists before the first temporary file, because it removes that file after a signal.
+    const InterruptGuard guard;
+    SpooledInputs inputs(isInterrupted);
+    const Playlist playlist = planPlaylist(options.files, options.isRecursive, inputs, progress);
+    if (isInterrupted()) return progress.exitCode();
     const KVXDeviceInfo device = chooseDevice(options.device);
     checkOptions(options.player, playlist, device);
     const std::string captureTo = capturePath(options, device);
     refuseToOverwrite(pathsOf(playlist), captureTo, options.capture.empty() ? "--keep" : "--capture");
 
-    // The guard exists before the first temporary file, because it removes that file after a signal.
-    InterruptGuard guard;
     std::optional<Capture> capture;
     if (!captureTo.empty()) capture.emplace(device.device, captureTo);
     Library library(options.library);
@@ -137,7 +140,10 @@ int showFileInfo(const PlayOptions& options)
 {
     useSimulatedDevicesOnly();
     Progress progress(verbosityFor(options.isQuiet, stdout), stdout);
-    const Playlist playlist = planPlaylist(options.files, options.isRecursive, progress);
+    const InterruptGuard guard;
+    SpooledInputs inputs(isInterrupted);
+    const Playlist playlist = planPlaylist(options.files, options.isRecursive, inputs, progress);
+    if (isInterrupted()) return progress.exitCode();
     Library library(options.library);
     warnOfMissingParts(playlist, progress);
     const std::string text = describeFiles(library.host(), filesOf(playlist), options.isJson, progress);

@@ -84,7 +84,8 @@ Playlist planPlaylist(const std::vector<std::string>& paths)
     return playlist;
 }
 
-Playlist planPlaylist(const std::vector<std::string>& paths, bool isRecursive, Progress& progress)
+Playlist planPlaylist(const std::vector<std::string>& paths, bool isRecursive, SpooledInputs& inputs,
+                      Progress& progress)
 {
     Playlist playlist;
     std::optional<Failure> problem; // the last one is thrown if no file is left
@@ -99,7 +100,9 @@ Playlist planPlaylist(const std::vector<std::string>& paths, bool isRecursive, P
     for (const std::string& path : paths)
         attempt([&] {
             for (const std::string& file : expandList(path, isRecursive))
-                attempt([&] { addFile(file, playlist); });
+                attempt([&] {
+                    if (const auto readable = inputs.pathFor(file)) addFile(*readable, playlist);
+                });
         });
     if (problem && playlist.empty()) throw *problem;
     if (problem) progress.warn(problem->what());

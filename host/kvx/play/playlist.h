@@ -3,6 +3,7 @@
 #pragma once
 
 #include "host/kvx/files/sound_file.h"
+#include "host/kvx/files/streams.h"
 #include "host/kvx/terminal/progress.h"
 
 #include <cstdint>
@@ -39,9 +40,10 @@ using Playlist = std::vector<FormatGroup>;
 Playlist planPlaylist(const std::vector<std::string>& paths);
 
 /// Open the files of a list, in which a path may also name a folder or a playlist file (see expandList()),
-/// and group them by format. A path or file that cannot be read is reported as a warning and left out. Errors
-/// throws Failure if no file is left.
-Playlist planPlaylist(const std::vector<std::string>& paths, bool isRecursive, Progress& progress);
+/// and group them by format. Standard input and pipes are read into `inputs`, until a signal. A path or file
+/// that cannot be read is reported as a warning and left out. Errors throws Failure if no file is left.
+Playlist planPlaylist(const std::vector<std::string>& paths, bool isRecursive, SpooledInputs& inputs,
+                      Progress& progress);
 
 /// The group of the consecutive files of one format that begins with the file number `first`.
 FormatGroup groupFrom(const std::vector<PlaylistFile>& files, std::size_t first);

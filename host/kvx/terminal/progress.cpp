@@ -45,7 +45,7 @@ void Progress::say(const std::string& line)
 {
     if (verbosity_ == Verbosity::quiet) return;
     wipe();
-    std::fputs((plainText(line) + "\n").c_str(), out_);
+    std::fputs((plainText(withInputNames(line)) + "\n").c_str(), out_);
     flush();
 }
 

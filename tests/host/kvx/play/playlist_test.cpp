@@ -104,9 +104,11 @@ TEST_F(Playlist, ReadsAGroupFromAnyFrameOn)
 TEST_F(Playlist, LeavesOutFilesThatCannotBeRead)
 {
     kvx::Progress progress(kvx::Verbosity::quiet, stdout);
+    kvx::SpooledInputs inputs([] { return false; });
     testing::internal::CaptureStderr();
-    const kvx::Playlist groups = kvx::planPlaylist(
-        {folder / "missing.wav", write("a.wav", 44100, 1, 10), folder / "missing.m3u"}, false, progress);
+    const kvx::Playlist groups =
+        kvx::planPlaylist({folder / "missing.wav", write("a.wav", 44100, 1, 10), folder / "missing.m3u"},
+                          false, inputs, progress);
     EXPECT_EQ(kvx::pathsOf(groups), std::vector<std::string>({folder / "a.wav"}));
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "kvx: " + (folder / "missing.wav") + " does not exist; check the name and the folder\n" +
