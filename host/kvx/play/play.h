@@ -3,6 +3,7 @@
 #pragma once
 
 #include "host/kvx/devices/output_device.h"
+#include "host/kvx/files/result.h"
 #include "host/kvx/library/library.h"
 #include "host/kvx/play/player_options.h"
 #include "host/soundclient/sample_bytes.h"
@@ -47,16 +48,17 @@ int play(const PlayOptions& options);
 int showFileInfo(const PlayOptions& options);
 
 struct RenderOptions {
-    std::string from, to;  ///< paths of the file that is read and of the WAV file that is written
-    double deviceRate = 0; ///< sample rate of the written file in Hz; 0: the rate of the file that is read
+    std::string from; ///< path of the file that is read
+    ResultOptions result;
+    double deviceRate = 0; ///< sample rate of the result in Hz; 0: as rateOfResult() chooses it
     std::optional<double>
-        duration; ///< longest duration of the written file, or exact duration of a loop, in seconds
+        duration; ///< longest duration of the result, or exact duration of a loop, in seconds
     bool isQuiet = false;
     PlayerOptions player;
     LibraryOptions library;
 };
 
-/// Render a sound file into a WAV file, with the audio units that the play method `file` also uses.
+/// Render a sound file into a file or a stream, with the audio units that the play method `file` also uses.
 /// Returns  the exit code.
 /// Errors   throws Failure.
 int render(const RenderOptions& options);

@@ -47,6 +47,14 @@ void requireArgument(bool isGiven, const char* name)
     if (!isGiven) throw WrongUsage(fmt::format("{} is required", name));
 }
 
+/// A target that takes one of the words unchanged.
+Target word(std::string& target, const std::vector<std::string>& words)
+{
+    std::vector<std::pair<std::string, std::string>> values;
+    for (const std::string& each : words) values.emplace_back(each, each);
+    return choice(target, values);
+}
+
 // In the tables of options, clang-format would break the rows.
 // clang-format off
 
@@ -54,6 +62,22 @@ Option captureOption(std::string& path)
 {
     return {"--capture", "OUT.wav", text(path),
             "Write the output of the device to OUT.wav, in 32-bit float", "", "", "--capture out.wav"};
+}
+
+/// The options of `kvx render` for the format and the level of the result.
+OptionGroup resultOptions(ResultOptions& result)
+{
+    return {"Format and level", {
+        {"--format", "NAME", word(result.request.name, formatNames()),
+         "Format of the result", "", "by the extension of OUT.wav; without one, wav", "--format flac"},
+        {"--bits", "BITS", word(result.request.bits, bitNames()),
+         "Bits of a sample in WAV, AIFF, CAF and FLAC; float has 32 bits", "", "float; FLAC 24", "--bits 16"},
+        {"--no-dither", "", flag(result.isUndithered),
+         "Round to 16, 24 or 32 bits without dither; samples that fit exactly are never dithered",
+         "", "", "--bits 16 --no-dither"},
+        {"--normalize", "", flag(result.isNormalized),
+         "Scale the result so that its highest peak is full scale, 0 dB", "", "", "--normalize"},
+    }};
 }
 
 // clang-format on
@@ -139,7 +163,8 @@ Command playCommand()
     command.groups = {
         {"Arguments", {
             {"FILE", "", texts(line->files),
-             "Any files that libsndfile reads, folders of such files, and playlists (.m3u, .m3u8, .pls)",
+             "Any files that libsndfile reads, folders of such files, and playlists (.m3u, .m3u8, .pls); - is standard "
+             "input",
              "", "", "kvx play song.wav more.wav"},
             {"-r,--recursive", "", flag(line->isRecursive),
              "Also play the files of the folders in a folder", "", "", "kvx play -r ."},
@@ -195,43 +220,49 @@ Command renderCommand()
 {
     const auto options = std::make_shared<RenderOptions>();
     Command command = {"render",
-                       "Render a file as `kvx play` plays it, faster than real time, into a WAV file",
+                       "Render a file as `kvx play` plays it, faster than real time, into a sound file",
                        "FILE OUT.wav", "kvx render {} song.wav out.wav"};
     // clang-format off
     command.groups = {
         {"Arguments", {
             {"FILE", "", text(options->from),
-             "Any file that libsndfile reads", "", "", "kvx render song.wav out.wav"},
-            {"OUT.wav", "", text(options->to),
-             "The result: WAV, 32-bit float, the same bytes each time", "", "", "kvx render song.wav out.wav"},
+             "Any file that libsndfile reads; - is standard input", "", "", "kvx render song.wav out.wav"},
+            {"OUT.wav", "", text(options->result.path),
+             "The result. Its extension chooses the format: .wav, .aiff, .caf, .flac, .ogg, .opus or .mp3; - is "
+             "standard output", "", "", "kvx render song.wav out.flac"},
         }},
         {"Result", {
             {"--device-rate", "HZ", number(options->deviceRate, lowestRate, highestRate),
-             "Sample rate of the result", "Hz", "the rate of the file", "--device-rate 48000"},
+             "Sample rate of the result", "Hz", "the rate of the file; Opus 48000", "--device-rate 48000"},
             {"--duration", "TIME", time(options->duration, 0.001, 1e6),
              "Maximum length of the result; with --loop, the exact length", timeUnits, "", "--duration 0:03"},
             quietOption(options->isQuiet),
         }},
+        resultOptions(options->result),
         playerOptions(options->player),
         libraryOptions(options->library),
     };
     // clang-format on
-    for (Option& option : command.groups[2].options)
+    for (Option& option : command.groups[3].options)
         if (option.names == "--loop") option.example += " --duration 10"; // a loop has no end
     command.notes = {
-        "OUT.wav has the file's channels, or with --channel-map those of the map; mono becomes stereo with "
+        "The result has the file's channels, or with --channel-map those of the map; mono becomes stereo "
+        "with "
         "--pan. At the file's rate, --rate 1 and --pitch 0 a loop jumps back exactly at OUT; otherwise at "
-        "the "
-        "end of the slice of 512 frames that reaches OUT."};
+        "the end "
+        "of the slice of 512 frames that reaches OUT.",
+        "If the result goes to standard output, messages go to standard error, and the header of a WAV file "
+        "states an unknown length: `kvx render song.wav - | PROGRAM`."};
     command.check = [options] {
         if (options->player.isCurveListWanted) return;
         checkCombination(options->player);
         requireArgument(!options->from.empty(), "FILE");
-        requireArgument(!options->to.empty(), "OUT.wav");
+        requireArgument(!options->result.path.empty(), "OUT.wav");
         if (options->player.loop && !options->duration)
             throw WrongUsage("--loop: a loop has no end; give the length of OUT.wav with --duration");
         if (options->deviceRate != std::floor(options->deviceRate))
-            throw WrongUsage("--device-rate: a WAV file has a whole number of frames per second");
+            throw WrongUsage("--device-rate: a file has a whole number of frames per second");
+        options->result.format = chooseFormat(options->result.path, options->result.request);
     };
     command.run = [options] {
         return options->player.isCurveListWanted ? showNamedCurves() : render(*options);
@@ -252,7 +283,8 @@ Command soundStreamCommand()
     command.groups = {
         {"Arguments", {
             {"FILE", "", reading([line](const std::string& path) { line->files = {path}; }),
-             "Any file of 44100 Hz that libsndfile reads", "", "", "kvx soundstream song.wav", "", "", true},
+             "Any file of 44100 Hz that libsndfile reads; - is standard input",
+             "", "", "kvx soundstream song.wav", "", "", true},
         }},
         {"Sound", {
             {"--gain", "DB", number(line->gainDb, -120, 40),

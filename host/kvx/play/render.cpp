@@ -1,5 +1,6 @@
 #include "host/kvx/files/atomic_file.h"
-#include "host/kvx/files/capture.h"
+#include "host/kvx/files/result.h"
+#include "host/kvx/files/streams.h"
 #include "host/kvx/play/play.h"
 #include "host/kvx/play/session.h"
 #include "host/kvx/terminal/interrupt.h"
@@ -11,6 +12,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace kvx {
 namespace {
@@ -54,9 +58,44 @@ private:
     KVXDeviceID device_;
 };
 
-double rateOf(const RenderOptions& options, const PlaylistFile& file)
+/// Collects the output of a device, from its construction on. The device must outlive the object.
+class RenderedFrames {
+public:
+    RenderedFrames(const KVXDeviceInfo& device, Result& result) : device_(device), result_(result)
+    {
+        samples_.reserve(std::size_t{stepFrames} * device.outputChannels);
+        checkControl(KVXPlatformSetOutputTap(device.device, append, this));
+    }
+    ~RenderedFrames() { KVXPlatformSetOutputTap(device_.device, nullptr, nullptr); }
+    RenderedFrames(const RenderedFrames&) = delete;
+    RenderedFrames& operator=(const RenderedFrames&) = delete;
+
+    /// Write the collected frames, at most stepFrames, to the result.
+    void write()
+    {
+        result_.write(samples_.data(), samples_.size() / device_.outputChannels);
+        samples_.clear();
+    }
+
+private:
+    /// The output tap, which may not allocate.
+    static void append(void* context, const float* samples, std::uint32_t frames, std::uint32_t channels)
+    {
+        std::vector<float>& collected = static_cast<RenderedFrames*>(context)->samples_;
+        const std::size_t count = std::size_t{frames} * channels;
+        if (collected.size() + count <= collected.capacity())
+            collected.insert(collected.end(), samples, samples + count);
+    }
+
+    const KVXDeviceInfo device_;
+    Result& result_;
+    std::vector<float> samples_;
+};
+
+int rateOf(const RenderOptions& options, const PlaylistFile& file)
 {
-    return options.deviceRate > 0 ? options.deviceRate : file.format.sampleRate;
+    return options.deviceRate > 0 ? static_cast<int>(options.deviceRate)
+                                  : rateOfResult(options.result.format, file.format.sampleRate);
 }
 
 /// The number of channels to render. A mono file becomes stereo if --channel-map is given or --pan is not 0.
@@ -127,25 +166,17 @@ void stepDevice(const KVXDeviceInfo& device, LoopSlices& slices, std::uint32_t f
     }
 }
 
-/// Check that the result is shorter than 4 GiB, the limit of WAV files.
-/// Errors  throws Failure.
-void checkLength(const std::string& path, std::uint64_t frames, int channels)
-{
-    constexpr std::uint64_t mostBytes = 0xFFFF0000;
-    if (frames > mostBytes / (sizeof(float) * static_cast<std::uint64_t>(channels)))
-        throw Failure(
-            fmt::format("{} would be longer than a WAV file can be; give a shorter --duration", path));
-}
-
 /// Run the device for `frames` frames.
 /// Returns  false if a signal of the user has ended the run.
-bool runDevice(const KVXDeviceInfo& device, LoopSlices slices, std::uint64_t frames, Progress& progress)
+bool runDevice(const KVXDeviceInfo& device, LoopSlices slices, std::uint64_t frames, RenderedFrames& rendered,
+               Progress& progress)
 {
     const double rate = device.sampleRate;
     for (std::uint64_t done = 0; done < frames;) {
         if (isInterrupted()) return false;
         const auto step = static_cast<std::uint32_t>(std::min<std::uint64_t>(frames - done, stepFrames));
         stepDevice(device, slices, step);
+        rendered.write();
         done += step;
         KVXPlatformDrainMainQueue(0);
         progress.showLine(
@@ -161,15 +192,47 @@ void checkRenderError(const FilePlayer& player, const std::string& path)
                                   formatStatus(status)));
 }
 
+/// The text for the result in messages.
+std::string nameOf(const ResultOptions& result)
+{
+    return result.path == standardStream ? "standard output" : result.path;
+}
+
+/// Finish the result, whose duration is `seconds`.
+/// Returns  false if a signal of the user has ended the command.
+bool finish(Result& out, double seconds, Progress& progress)
+{
+    const bool isWhole = out.finish([&](double part) {
+        LiveLine line = formatShareDone(part * seconds, seconds);
+        line.push_back({"  writing the normalized result", 3});
+        progress.showLine(line);
+        return !isInterrupted();
+    });
+    progress.wipe();
+    return isWhole;
+}
+
+/// Format the last line: the result, and its format unless this is the usual WAV.
+std::string formatResult(const ResultOptions& result, int rate, int channels, std::uint64_t frames)
+{
+    const std::string format = formatName(result.format);
+    return fmt::format("Rendered {}: {}{} Hz, {}, {}", nameOf(result),
+                       format == "WAV, 32-bit float" ? "" : format + ", ", rate, formatChannels(channels),
+                       formatTime(static_cast<double>(frames) / rate));
+}
+
 /// Render the file.
 /// Returns  false if a signal of the user has ended the rendering; then no file is written.
 bool renderFile(host::Host& host, const RenderOptions& options, const PlaylistFile& file, Progress& progress)
 {
     const CoreAudio core(host);
-    const double rate = rateOf(options, file);
+    const ResultOptions& result = options.result;
+    const int rate = rateOf(options, file);
     const int channels = channelsToRender(options, file);
     const int deviceChannels = deviceChannelsOf(options, channels);
     checkAgainstFile(options.player, file, channels, deviceChannels);
+    checkFormat(result.format, nameOf(result), rate, deviceChannels);
+    Result out(result, rate, deviceChannels);
 
     // A loop jumps at the end of a slice, so it keeps the usual slices.
     const RenderDevice device(rate, deviceChannels, options.player.loop ? 0 : longSlice);
@@ -179,17 +242,18 @@ bool renderFile(host::Host& host, const RenderOptions& options, const PlaylistFi
     applyOptions(options.player, player);
 
     const std::uint64_t frames = framesToRender(options, player, loaded, rate);
-    checkLength(options.to, frames, deviceChannels);
-    Capture out(device.info().device, options.to);
+    checkLength(result.format, result.path, frames, deviceChannels);
+    RenderedFrames rendered(device.info(), out);
     player.play();
-    const bool isWhole = runDevice(device.info(), LoopSlices(player, rate), frames, progress);
+    const bool isWhole = runDevice(device.info(), LoopSlices(player, rate), frames, rendered, progress);
     player.pause();
     if (!isWhole) return false;
     progress.wipe();
     checkRenderError(player, file.path);
-    out.keep();
-    progress.say(fmt::format("Rendered {}: {} Hz, {}, {}", options.to, rate, formatChannels(deviceChannels),
-                             formatTime(static_cast<double>(frames) / rate)));
+    if (!finish(out, static_cast<double>(frames) / rate, progress)) return false;
+    progress.say(formatResult(result, rate, deviceChannels, frames));
+    if (const std::string note = out.levelNote(options.player.volume.value_or(1)); !note.empty())
+        progress.say("  " + note);
     return true;
 }
 
@@ -198,13 +262,20 @@ bool renderFile(host::Host& host, const RenderOptions& options, const PlaylistFi
 int render(const RenderOptions& options)
 {
     useSimulatedDevicesOnly();
-    Progress progress(verbosityFor(options.isQuiet, stdout), stdout);
-    const Playlist playlist = planPlaylist({options.from});
-    const PlaylistFile file = filesOf(playlist).front();
-    refuseToOverwrite({file.path}, options.to, "the result");
+    const std::string& to = options.result.path;
+    // If the sound goes to standard output, messages go to standard error.
+    std::FILE* const messages = isStandardOutput(to) ? stderr : stdout;
+    Progress progress(verbosityFor(options.isQuiet, messages), messages);
     // The guard exists before the first temporary file, because it removes that file after a signal.
-    InterruptGuard guard;
-    temporaryPathFor(options.to); // if no file can be written, the command fails before it renders
+    const InterruptGuard guard;
+    SpooledInputs inputs(isInterrupted);
+    const std::optional<std::string> from = inputs.pathFor(options.from);
+    if (!from) return progress.exitCode();
+    const Playlist playlist = planPlaylist({*from});
+    const PlaylistFile file = filesOf(playlist).front();
+    refuseToOverwrite({file.path}, to, "the result");
+    if (!isOutputStream(to))
+        temporaryPathFor(to); // fails before the library is loaded if no file can be written
 
     Library library(options.library);
     warnOfMissingParts(playlist, progress);

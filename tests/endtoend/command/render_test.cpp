@@ -367,7 +367,7 @@ TEST_F(Render, KeepsAnEarlierResultWhenTheDiskIsFull)
         {}, folder.path());
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.err,
-              "kvx: render: out.wav cannot be finished: File too large; write to a disk that takes larger "
+              "kvx: render: out.wav cannot be written: File too large; write to a disk that takes larger "
               "files, or raise the limit (ulimit -f)\n");
     EXPECT_EQ(bytesOf(folder / "out.wav"), "earlier");
     EXPECT_EQ(folder.count(), 2u);
