@@ -281,7 +281,8 @@ int render(const RenderOptions& options)
     warnOfMissingParts(playlist, progress);
     if (!renderFile(library.host(), options, file, progress)) {
         progress.leaveLine();
-        progress.say("Stopped; nothing was written.");
+        progress.say(isOutputStream(to) ? "Stopped; the result is cut short."
+                                        : "Stopped; nothing was written.");
     }
     return reportLeaks(library, progress.exitCode());
 }

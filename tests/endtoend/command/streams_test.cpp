@@ -172,6 +172,18 @@ TEST_F(Streams, EndWithASignalAndLeaveNoCopy)
 
 // ---- standard output and pipes ----
 
+TEST_F(Streams, EndWithTheRenderedFramesAfterASignal)
+{
+    support::writeSound(support::makeNoise(44100, 2, 44100 * 60), folder / "long.wav");
+    support::Child child(kvxCommand({"render", "long.wav", "-"}), {}, folder.path());
+    while (child.isRunning() && child.outSoFar().empty()) std::this_thread::yield();
+    child.send(SIGTERM);
+    const auto result = child.wait();
+    EXPECT_EQ(result.exitCode, 143);
+    EXPECT_EQ(result.err, "Stopped; the result is cut short.\n");
+    EXPECT_EQ(result.out.substr(0, 8), "RIFF\xFF\xFF\xFF\xFF");
+}
+
 TEST_F(Streams, ReceiveAWaveOfUnknownLength)
 {
     for (const std::string output : {"- > out.wav", "- | cat > out.wav", "/dev/stdout | cat > out.wav",
