@@ -83,7 +83,7 @@ Remarks remarksOf(const std::string& text)
 
 void printSummary(const Figures& figures)
 {
-    for (const Subject& subject : subjects()) {
+    for (const Subject& subject : subjects(figures)) {
         const char* what = "";
         for (const Row& row : subject.rows) {
             if (*row.what) what = row.what;

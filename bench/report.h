@@ -40,6 +40,7 @@ struct Row {
     double factor = 1;           ///< factor by which the report multiplies the time of the peer
     const char* id = "";         ///< name of the row in bench/remarks.txt; "" for no remark
     const char* chart = nullptr; ///< label of the bar in the chart; null if the chart has no bar
+    bool isOptional = false;     ///< whether the report omits the row if the peer was not measured
 };
 
 /// One chapter of the report, with one table.
@@ -49,7 +50,8 @@ struct Subject {
     std::vector<Row> rows;
 };
 
-const std::vector<Subject>& subjects();
+/// Return all subjects, without the optional rows whose peer was not measured.
+std::vector<Subject> subjects(const Figures& figures);
 
 /// The result of the comparison in one row.
 struct Outcome {

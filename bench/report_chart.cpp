@@ -59,7 +59,7 @@ std::string chartOf(const Figures& figures)
 {
     std::string bars;
     double y = top;
-    for (const Subject& subject : subjects())
+    for (const Subject& subject : subjects(figures))
         for (const Row& row : subject.rows)
             if (row.chart) {
                 bars += barOf(row, figures, y);

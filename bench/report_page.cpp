@@ -125,7 +125,7 @@ std::string pageOf(const Figures& figures, const Remarks& remarks)
 {
     int goals = 0, met = 0;
     std::string body;
-    for (const Subject& subject : subjects()) {
+    for (const Subject& subject : subjects(figures)) {
         for (const Row& row : subject.rows) {
             const Outcome outcome = outcomeOf(row, figures);
             goals += outcome.hasGoal;

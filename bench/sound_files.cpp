@@ -24,11 +24,11 @@ namespace {
 
 constexpr sf_count_t framesPerWrite = 4410; // The Vorbis encoder fails if one call has a minute.
 
-std::string writeOnce(const char* name, const FileFormat& format, std::size_t writes)
+std::string writeOnce(const std::string& name, const FileFormat& format, std::size_t writes)
 {
     namespace fs = std::filesystem;
     const fs::path folder = fs::path(KVX_BINARY_DIR) / "bench-files";
-    const fs::path path = folder / (std::string(name) + format.extension);
+    const fs::path path = folder / (name + format.extension);
     if (fs::exists(path)) return path.string();
 
     fs::create_directories(folder);
@@ -56,6 +56,14 @@ std::string longFile(const FileFormat& format)
 {
     static_assert(signalFrames % framesPerWrite == 0);
     return writeOnce("long.", format, longFileMinutes * signalFrames / framesPerWrite);
+}
+
+std::string fileOfLength(int seconds)
+{
+    constexpr std::size_t writesPerSecond = 10;
+    static_assert(signalRate == writesPerSecond * framesPerWrite);
+    return writeOnce(std::to_string(seconds) + " s.", fileFormats[0],
+                     static_cast<std::size_t>(seconds) * writesPerSecond);
 }
 
 std::string shortFile() { return writeOnce("short.", fileFormats[0], 1); }

@@ -18,6 +18,9 @@ constexpr int longFileMinutes = 3;
 /// The path of the file of three minutes in a format. Throws std::runtime_error if writing fails.
 std::string longFile(const FileFormat& format);
 
+/// The path of a WAV file of `seconds`. Throws std::runtime_error if writing fails.
+std::string fileOfLength(int seconds);
+
 /// The path of the WAV file of 0.1 s. Throws std::runtime_error if writing fails.
 std::string shortFile();
 
