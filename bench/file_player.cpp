@@ -46,20 +46,24 @@ double loadedHostBytes()
     return hostBytes;
 }
 
-KVXDeviceID addSteppedDevice(double sampleRate)
+KVXDeviceID addSteppedDevice(double sampleRate, std::uint32_t frames)
 {
     KVXSimulatedDevice description = {};
     description.name = "Stepped";
     description.sampleRate = sampleRate;
     description.outputChannels = 2;
-    description.sliceFrames = sliceFrames;
+    description.sliceFrames = frames;
     description.isStepped = 1;
     const KVXDeviceID device = KVXPlatformAddSimulatedDevice(&description);
     if (!device) throw std::runtime_error(KVXPlatformErrorText());
     return device;
 }
 
-FilePlayer::FilePlayer() : device_(addSteppedDevice(signalRate)), object_(loadedHost().create("AUPlayerKVX"))
+FilePlayer::FilePlayer() : FilePlayer(signalRate, sliceFrames) {}
+
+FilePlayer::FilePlayer(double deviceRate, std::uint32_t frames)
+    : frames_(frames), device_(addSteppedDevice(deviceRate, frames)),
+      object_(loadedHost().create("AUPlayerKVX"))
 {
     const std::string path = longFile(fileFormats[0]);
     if (!object_.call("LoadFile", host::FolderItem::at(path), 2, 2).boolean())

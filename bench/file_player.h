@@ -20,24 +20,27 @@ double loadedHostBytes();
 double heapBytes();
 
 /// Add a stereo device that renders only in KVXPlatformStep(). Throws std::runtime_error on failure.
-KVXDeviceID addSteppedDevice(double sampleRate);
+KVXDeviceID addSteppedDevice(double sampleRate, std::uint32_t frames = sliceFrames);
 
-/// Plays the WAV file of three minutes in a loop, on a stepped device with the sample rate of the file.
+/// Plays the WAV file of three minutes in a loop, on a stepped device.
 class FilePlayer {
 public:
+    /// Make a player on a device with the sample rate of the file.
     FilePlayer();
+    FilePlayer(double deviceRate, std::uint32_t frames);
     ~FilePlayer();
     FilePlayer(const FilePlayer&) = delete;
     FilePlayer& operator=(const FilePlayer&) = delete;
 
     const host::Object& object() const { return object_; }
     void play() const;
-    void step() const { KVXPlatformStep(device_, sliceFrames); }
+    void step() const { KVXPlatformStep(device_, frames_); }
 
     /// Render 100 slices, so that changed settings take full effect.
     void settle() const;
 
 private:
+    std::uint32_t frames_; ///< frames of a slice
     KVXDeviceID device_;
     host::Object object_;
 };

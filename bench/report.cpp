@@ -1,5 +1,5 @@
-// kvx_report FIGURES.json REMARKS EXACTNESS MACHINE PAGE CHART: writes the page and the chart of the
-// benchmark results, and prints whether each goal is met.
+// kvx_report FIGURES.json REMARKS EXACTNESS MACHINE FOLDER: writes the page of the benchmark results and its
+// pictures into a folder, and prints whether each goal is met.
 #include "bench/report.h"
 
 #include <fmt/format.h>
@@ -60,7 +60,8 @@ Figures figuresOf(const std::string& path)
         const bool isManual = name.find("/manual_time") != name.npos;
         figures.times[registeredName(name)] =
             each[isManual ? "real_time" : "cpu_time"].get<double>() * nanosecondsIn(each["time_unit"]);
-        if (each.contains("bytes")) figures.bytes[registeredName(name)] = each["bytes"];
+        for (const auto& [key, value] : each.items())
+            if (value.is_number()) figures.counters[registeredName(name) + ":" + key] = value;
     }
     return figures;
 }
@@ -94,6 +95,7 @@ void printSummary(const Figures& figures)
                        row.kind == Ratio::time || row.kind == Ratio::bytes ? 1 : row.goal);
         }
     }
+    fmt::print("{}", resamplingSummary(figures));
 }
 
 } // namespace
@@ -101,8 +103,8 @@ void printSummary(const Figures& figures)
 
 int main(int count, char** arguments)
 {
-    if (count != 7) {
-        std::fputs("usage: kvx_report FIGURES.json REMARKS EXACTNESS MACHINE PAGE CHART\n", stderr);
+    if (count != 6) {
+        std::fputs("usage: kvx_report FIGURES.json REMARKS EXACTNESS MACHINE FOLDER\n", stderr);
         return 2;
     }
     try {
@@ -110,8 +112,10 @@ int main(int count, char** arguments)
         const report::Remarks remarks = report::remarksOf(report::read(arguments[2]));
         figures.exactness = report::read(arguments[3]);
         figures.machine = arguments[4];
-        report::write(arguments[5], report::pageOf(figures, remarks));
-        report::write(arguments[6], report::chartOf(figures));
+        const std::string folder = arguments[5];
+        report::write(folder + "/performance.md", report::pageOf(figures, remarks));
+        report::write(folder + "/performance.svg", report::chartOf(figures));
+        report::write(folder + "/resampling.svg", report::resamplingChart(figures));
         report::printSummary(figures);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "kvx_report: %s\n", error.what());

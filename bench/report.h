@@ -11,14 +11,16 @@ namespace report {
 /// The results of one run of kvx_bench and kvx_bit_exactness.
 struct Figures {
     std::map<std::string, double> times; ///< median time in nanoseconds of each benchmark, by name
-    std::map<std::string, double> bytes; ///< median of the counter "bytes" of each benchmark, by name
+    /// Medians of the counters of each benchmark, by its name, ":" and the name of the counter.
+    std::map<std::string, double> counters;
     std::string date, compiler, machine;
     std::string exactness; ///< text that kvx_bit_exactness printed
     int repetitions = 0;
 
-    /// The median time or number of bytes of a benchmark. Throws std::runtime_error if it was not measured.
+    /// The median time or counter of a benchmark. Throws std::runtime_error if it was not measured.
     double time(const std::string& name) const;
-    double bytesOf(const std::string& name) const;
+    double counter(const std::string& name) const;
+    double bytesOf(const std::string& name) const { return counter(name + ":bytes"); }
 };
 
 /// What the ratio of a row compares. The goal of the row is a limit for this ratio, or for our time or bytes.
@@ -27,6 +29,7 @@ enum class Ratio {
     duration, ///< our time divided by the time of the peer; the goal is a maximum
     time,     ///< our time divided by the goal, a maximum in nanoseconds
     bytes,    ///< our number of bytes divided by the goal, a maximum
+    period,   ///< our time divided by a period in nanoseconds, the row's factor; the goal is a maximum
 };
 
 /// One row of a table in the report: a comparison with a benchmark of another library (peer) or with a goal.
@@ -36,9 +39,9 @@ struct Row {
     const char* peer;     ///< name of the benchmark of the peer; null if there is no peer
     const char* peerName; ///< name of the peer, as the report prints it
     Ratio kind;
-    double goal = 0;             ///< goal of the row; 0: the report shows the result and checks nothing
-    double factor = 1;           ///< factor by which the report multiplies the time of the peer
-    const char* id = "";         ///< name of the row in bench/remarks.txt; "" for no remark
+    double goal = 0;     ///< goal of the row; 0: the report shows the result and checks nothing
+    double factor = 1;   ///< factor by which the report multiplies the time of the peer; or the period
+    const char* id = ""; ///< name of the row in bench/remarks.txt; "" for no remark
     const char* chart = nullptr; ///< label of the bar in the chart; null if the chart has no bar
     bool isOptional = false;     ///< whether the report omits the row if the peer was not measured
 };
@@ -64,6 +67,17 @@ Outcome outcomeOf(const Row& row, const Figures& figures);
 
 /// The remarks in bench/remarks.txt, by the id of a row or the title of a subject.
 using Remarks = std::map<std::string, std::string>;
+
+/// The goals of the rate conversion: how many there are, and how many are met.
+struct Goals {
+    int all = 0, met = 0;
+};
+Goals resamplingGoals(const Figures& figures);
+/// Print the chapter about the quality of the rate conversion, its picture docs/resampling.svg, and a
+/// summary.
+std::string resamplingChapter(const Figures& figures);
+std::string resamplingChart(const Figures& figures);
+std::string resamplingSummary(const Figures& figures);
 
 /// Print the page docs/performance.md.
 std::string pageOf(const Figures& figures, const Remarks& remarks);

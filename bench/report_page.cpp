@@ -36,6 +36,8 @@ std::string goalText(const Row& row)
         return "below " + timeText(row.goal);
     case Ratio::bytes:
         return "at most " + bytesText(row.goal);
+    case Ratio::period:
+        return fmt::format("at most {:g} % of the period", 100 * row.goal);
     }
     return "";
 }
@@ -55,6 +57,7 @@ std::string peerText(const Row& row, const Figures& figures)
 std::string boldRatio(const Row& row, const Outcome& outcome)
 {
     if (outcome.ratio == 0) return "";
+    if (row.kind == Ratio::period) return fmt::format("**{:.1f} %** of the period", 100 * outcome.ratio);
     return fmt::format("**{}**{}", ratioText(outcome.ratio),
                        row.kind == Ratio::speed      ? " × as fast"
                        : row.kind == Ratio::duration ? " × its time"
@@ -123,7 +126,7 @@ std::string lockText(const Figures& figures)
 
 std::string pageOf(const Figures& figures, const Remarks& remarks)
 {
-    int goals = 0, met = 0;
+    auto [goals, met] = resamplingGoals(figures);
     std::string body;
     for (const Subject& subject : subjects(figures)) {
         for (const Row& row : subject.rows) {
@@ -134,11 +137,12 @@ std::string pageOf(const Figures& figures, const Remarks& remarks)
         body += fmt::format("\n## {}\n\n{}\n\n{}{}", subject.title, subject.text, tableOf(subject, figures),
                             remarksOf(subject, figures, remarks));
         if (subject.title == std::string("Scale")) body += lockText(figures);
+        if (subject.title == std::string("Whole jobs")) body += resamplingChapter(figures);
     }
     return fmt::format(
         "# Performance\n\n"
         "`scripts/bench` writes this page; the remarks on missed goals come from `bench/remarks.txt`. One "
-        "process\n"
+        "run\n"
         "measured all benchmarks of this page, ours and the peers', with the same input.\n\n"
         "| | |\n|---|---|\n| date | {} |\n| machine | {} |\n| compiler | {} |\n"
         "| figures | medians of {} repetitions of each benchmark, in random order; processor time |\n"
