@@ -16,12 +16,13 @@ constexpr double mostResidue = -110, mostDeviation = 0.1, mostAlias = -100;
 /// A tone, in Hz, that is converted between two rates.
 struct Tone {
     const char *from, *to, *hertz;
-    bool isAlias = false; ///< whether the tone is above half of the output rate, so that the output must be silent
+    bool isAlias =
+        false; ///< whether the tone is above half of the output rate, so that the output must be silent
 };
 constexpr Tone tones[] = {
-    {"44100", "48000", "997"}, {"44100", "48000", "19845"},  {"48000", "44100", "997"},
+    {"44100", "48000", "997"},   {"44100", "48000", "19845"},       {"48000", "44100", "997"},
     {"48000", "44100", "19845"}, {"48000", "44100", "23000", true}, {"96000", "44100", "997"},
-    {"96000", "44100", "19845"}, {"22050", "48000", "997"},  {"22050", "48000", "9922.5"},
+    {"96000", "44100", "19845"}, {"22050", "48000", "997"},         {"22050", "48000", "9922.5"},
 };
 
 struct Quality {
@@ -108,35 +109,36 @@ std::string lineOf(const Figures& figures, const Curve& curve, const char* what,
 
 std::string textAt(double x, double y, const char* anchor, const std::string& text)
 {
-    return fmt::format("<text x=\"{:.1f}\" y=\"{:.1f}\" text-anchor=\"{}\" dominant-baseline=\"central\">{}</text>\n",
-                       x, y, anchor, text);
+    return fmt::format(
+        "<text x=\"{:.1f}\" y=\"{:.1f}\" text-anchor=\"{}\" dominant-baseline=\"central\">{}</text>\n", x, y,
+        anchor, text);
 }
 
 std::string gridLine(double x1, double y1, double x2, double y2, const char* colour)
 {
-    return fmt::format("<line x1=\"{:.1f}\" y1=\"{:.1f}\" x2=\"{:.1f}\" y2=\"{:.1f}\" stroke=\"{}\"/>\n", x1, y1,
-                       x2, y2, colour);
+    return fmt::format("<line x1=\"{:.1f}\" y1=\"{:.1f}\" x2=\"{:.1f}\" y2=\"{:.1f}\" stroke=\"{}\"/>\n", x1,
+                       y1, x2, y2, colour);
 }
 
 } // namespace
 
 Goals resamplingGoals(const Figures& figures)
 {
-    const auto met = std::count_if(std::begin(tones), std::end(tones), [&](const Tone& tone) {
-        return isMet(tone, qualityOf(figures, tone));
-    });
+    const auto met = std::count_if(std::begin(tones), std::end(tones),
+                                   [&](const Tone& tone) { return isMet(tone, qualityOf(figures, tone)); });
     return {static_cast<int>(std::size(tones)), static_cast<int>(met)};
 }
 
 std::string resamplingChapter(const Figures& figures)
 {
-    std::string text =
-        "\n## Resampling\n\n"
-        "A tone in a file of 32-bit floats, converted by `kvx render --device-rate` and by `sox … rate`. The level "
-        "and the residue, which is the sound without the tone, are relative to the tone before the conversion. A "
-        "tone above half of the output rate must vanish.\n\n"
-        "| conversion | tone | level | residue | sox: level | sox: residue | goal | met |\n"
-        "|---|---|---|---|---|---|---|---|\n";
+    std::string text = "\n## Resampling\n\n"
+                       "A tone in a file of 32-bit floats, converted by `kvx render --device-rate` and by "
+                       "`sox … rate`. The level "
+                       "and the residue, which is the sound without the tone, are relative to the tone "
+                       "before the conversion. A "
+                       "tone above half of the output rate must vanish.\n\n"
+                       "| conversion | tone | level | residue | sox: level | sox: residue | goal | met |\n"
+                       "|---|---|---|---|---|---|---|---|\n";
     for (const Tone& tone : tones) {
         const auto cell = [&](const char* command, const char* what) {
             return shown(figures, tone, command, what);
@@ -172,7 +174,8 @@ std::string resamplingChart(const Figures& figures)
     for (int percent = 0; percent <= 60; percent += 10) {
         body += gridLine(xOf(percent / 100.0), top, xOf(percent / 100.0), height - bottom,
                          percent == 50 ? "#555" : "#ddd");
-        body += textAt(xOf(percent / 100.0), height - bottom + 16, "middle", fmt::format("{:g}", percent / 100.0));
+        body += textAt(xOf(percent / 100.0), height - bottom + 16, "middle",
+                       fmt::format("{:g}", percent / 100.0));
     }
     body += gridLine(left, yOf(mostResidue), width - right, yOf(mostResidue), "#111");
     double y = top + 10;
@@ -183,7 +186,8 @@ std::string resamplingChart(const Figures& figures)
         y += 22;
     }
     return fmt::format(
-        "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"{0:g}\" height=\"{1:g}\" viewBox=\"0 0 {0:g} {1:g}\" "
+        "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"{0:g}\" height=\"{1:g}\" viewBox=\"0 0 {0:g} "
+        "{1:g}\" "
         "font-family=\"sans-serif\" font-size=\"13\" fill=\"#222\">\n"
         "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n"
         "<text x=\"20\" y=\"24\" font-size=\"16\" font-weight=\"bold\">Tones after rate conversion</text>\n"

@@ -1,5 +1,5 @@
-// Measures the quality of rate conversion by commands: the level of tones after the conversion, and what remains
-// of the sound without them. One file contains all tones of a conversion, one after the other.
+// Measures the quality of rate conversion by commands: the level of tones after the conversion, and what
+// remains of the sound without them. One file contains all tones of a conversion, one after the other.
 #include "bench/process.h"
 #include "tests/support/sound_samples.h"
 #include "tests/support/tone_fit.h"
@@ -20,7 +20,8 @@ struct Conversion {
 const Conversion conversions[] = {{44100, 48000}, {48000, 44100}, {96000, 44100}, {22050, 48000}};
 
 constexpr double secondsPerTone = 0.25;
-constexpr double secondsOfEdge = 0.05; ///< time at both ends of a tone in which the filter contains its neighbour
+constexpr double secondsOfEdge =
+    0.05; ///< time at both ends of a tone in which the filter contains its neighbour
 constexpr double amplitude = 0.5;
 
 /// The tones of the tables, and tones up to 0.6 of the lower rate for the picture.
@@ -56,9 +57,9 @@ void report(benchmark::State& state, const Conversion& conversion, const support
     const double frames = inputFrames * conversion.to / conversion.from, edge = secondsOfEdge * conversion.to;
     double start = 0;
     for (const double hertz : tonesOf(conversion)) {
-        const support::ToneFit fit =
-            support::fitTone(sound.samples, 1, 0, conversion.to, hertz, static_cast<std::size_t>(start + edge),
-                             static_cast<std::size_t>(start + frames - edge));
+        const support::ToneFit fit = support::fitTone(sound.samples, 1, 0, conversion.to, hertz,
+                                                      static_cast<std::size_t>(start + edge),
+                                                      static_cast<std::size_t>(start + frames - edge));
         state.counters[fmt::format("level {:g}", hertz)] = fit.level - before;
         state.counters[fmt::format("residue {:g}", hertz)] = fit.residue - before;
         start += frames;
@@ -84,8 +85,7 @@ const bool registered = [] {
             benchmark::RegisterBenchmark(name.c_str(), convert, conversion, words)->Iterations(1);
         };
         const std::string rate = std::to_string(conversion.to);
-        add("kvx render",
-            {KVX_BINARY_DIR "/kvx", "render", "IN", "OUT", "--quiet", "--device-rate", rate});
+        add("kvx render", {KVX_BINARY_DIR "/kvx", "render", "IN", "OUT", "--quiet", "--device-rate", rate});
         if (bench::hasSox()) add("sox", {"sox", "IN", "-b", "32", "-e", "float", "OUT", "rate", rate});
     }
     return true;

@@ -109,7 +109,6 @@ const std::map<std::string, std::string> exportsWithoutCaller = {
     {"CFURLGetFileSystemRepresentation",    "the counterpart of CFURLCreateFromFileSystemRepresentation"},
     {"CopyPascalStringToC",                 "the counterpart of CopyCStringToPascal"},
     {"ExtAudioFileGetPropertyInfo",         "a property function of every object"},
-    {"ExtAudioFileSeek",                    "sets the position of a file"},
     {"ExtAudioFileTell",                    "reports the position of a file"},
     {"FSCreateStringFromHFSUniStr",         "turns a file name record into a string"},
     {"GetComponentInstanceStorage",         "the counterpart of SetComponentInstanceStorage"},

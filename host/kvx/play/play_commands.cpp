@@ -167,7 +167,7 @@ Command playCommand()
              "input",
              "", "", "kvx play song.wav more.wav"},
             {"-r,--recursive", "", flag(line->isRecursive),
-             "Also play the files of the folders in a folder", "", "", "kvx play -r ."},
+             "Also play the files of the folders in a folder", "", "", "kvx play --recursive ."},
             {"--loop-all", "", flag(line->isEndless),
              "Play the files again and again, until q or Ctrl-C", "", "", "--loop-all"},
         }},
