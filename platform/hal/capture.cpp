@@ -23,7 +23,7 @@ const char* adviceFor(int error)
     case EDQUOT:
         return "free space on the disk";
     case EFBIG:
-        return "write to a disk that takes larger files, or raise the limit (ulimit -f)";
+        return "write to a disk that takes larger files, or raise the limit with `ulimit -f unlimited`";
     case ENOENT:
         return "see that its folder still exists";
     default:

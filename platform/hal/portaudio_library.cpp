@@ -66,10 +66,10 @@ bool startPortAudio(std::string& error)
     silenceMessages(); // PortAudio's start has replaced the JACK message handlers, so silence them again
     isStarted = isAnswered && *status == paNoError;
     if (!isAnswered)
-        error = "the sound server does not answer; restart it, or set KVX_AUDIO_DEVICE=simulated";
+        error = "the sound server does not answer; restart it, or set `KVX_AUDIO_DEVICE=simulated`";
     else if (!isStarted)
         error = std::string("PortAudio does not start: ") + Pa_GetErrorText(*status) +
-                "; check the sound system, or set KVX_AUDIO_DEVICE=simulated";
+                "; check the sound system, or set `KVX_AUDIO_DEVICE=simulated`";
     return isStarted;
 }
 

@@ -38,7 +38,7 @@ void choose(const std::string& choice, const char* whereToName)
 void needSimulated(const KVXDeviceInfo& device, const char* option)
 {
     if (!device.isSimulated)
-        throw Failure(fmt::format("{} is for the simulated device, and this is {}; add --device simulated",
+        throw Failure(fmt::format("{} is for the simulated device, and this is {}; add `--device simulated`",
                                   option, device.name));
 }
 

@@ -32,7 +32,7 @@ const char* adviceFor(int error)
     case ENAMETOOLONG:
         return "name a file with a shorter name";
     case EFBIG:
-        return "write to a disk that takes larger files, or raise the limit (ulimit -f)";
+        return "write to a disk that takes larger files, or raise the limit with `ulimit -f unlimited`";
     case EPIPE:
         return "check that the reader of the pipe still runs";
     case EMFILE:

@@ -33,7 +33,7 @@ constexpr struct {
     {dirNFErr, " does not exist; check the name and the folder"},
     {errFSNameTooLong, " has too long a name; check the name and the folder"},
     {permErr, " cannot be read: permission denied; change its permissions or copy it"},
-    {tmfoErr, " cannot be opened: too many files are open; raise the limit with `ulimit -n`"},
+    {tmfoErr, " cannot be opened: too many files are open; raise the limit with `ulimit -n 4096`"},
     {memFullErr, " cannot be opened: there is not enough memory; close other programs"},
     {ioErr, " cannot be read from its disk; check the disk, or get the file again"},
     {kAudioFileUnsupportedFileTypeError, " cannot be decoded (it is not a sound file)" READABLE_TYPES},

@@ -2,6 +2,7 @@
 
 #include "host/kvx/files/sound_list.h"
 #include "host/kvx/text/failure.h"
+#include "host/kvx/text/shell_text.h"
 #include "host/kvx/text/time_text.h"
 
 #include <fmt/core.h>
@@ -31,7 +32,7 @@ std::string formatDropped(const PlaylistFile& file, int channels)
     return fmt::format("  It plays {} of its {}, and drops {}. To hear {}: `kvx play --channel-map {} {}`{}",
                        formatChannelRange(0, channels - 1), file.format.fileChannels,
                        formatChannelRange(channels, last), formatChannelRange(channels, lastOfMap), map,
-                       file.path, lastOfMap < last ? ", and so on" : "");
+                       quotedForShell(file.path), lastOfMap < last ? ", and so on" : "");
 }
 
 bool fits(const SoundFormat& format, const FormatGroup& group)

@@ -368,7 +368,7 @@ TEST_F(Render, KeepsAnEarlierResultWhenTheDiskIsFull)
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.err,
               "kvx: render: out.wav cannot be written: File too large; write to a disk that takes larger "
-              "files, or raise the limit (ulimit -f)\n");
+              "files, or raise the limit with `ulimit -f unlimited`\n");
     EXPECT_EQ(bytesOf(folder / "out.wav"), "earlier");
     EXPECT_EQ(folder.count(), 2u);
 }

@@ -124,7 +124,7 @@ TEST(LostSoundServer, SuspendedServerFailsWithAMessageWithoutHanging)
         EXPECT_EQ(result.out, "");
         EXPECT_EQ(result.err, "kvx: " + command.front() +
                                   ": the sound server does not answer; restart it, or set "
-                                  "KVX_AUDIO_DEVICE=simulated\n");
+                                  "`KVX_AUDIO_DEVICE=simulated`\n");
     }
     const auto simulated = support::runChild(
         kvxCommand({"play", "--fast", "--device", "simulated", "short.wav"}), environment, folder.path());
