@@ -1,11 +1,14 @@
 #include "host/kvx/commands.h"
 
 #include "host/kvx/classes_and_devices.h"
+#include "host/kvx/command_line/completions.h"
 #include "host/kvx/command_line/help_text.h"
+#include "host/kvx/command_line/manual_page.h"
 #include "host/kvx/command_line/nearest_word.h"
 #include "host/kvx/command_line/parse.h"
 #include "host/kvx/command_line/shared_options.h"
 #include "host/kvx/doctor/doctor.h"
+#include "host/kvx/files/atomic_file.h"
 #include "host/kvx/files/tune.h"
 #include "host/kvx/picture/picture_command.h"
 #include "host/kvx/play/play_commands.h"
@@ -15,7 +18,10 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <unistd.h>
 
@@ -23,6 +29,46 @@ namespace kvx {
 namespace {
 
 constexpr std::size_t plainWidth = 80, widestHelp = 100; // columns without a terminal; most columns
+
+GeneralOptions general;
+
+/// The options of every command. `start` is the command line before an option: "kvx play ".
+OptionGroup generalGroup(const std::string& start)
+{
+    const Target help = {Target::Kind::flag, {}}; // parse() obeys this option without reading it
+    return {"General",
+            {{"-h,--help", "", help, "Print this help", "", "", start + "--help"},
+             {"--verbose", "", flag(general.isVerbose),
+              "At the end, print what a report of a problem needs: versions, library, device, formats", "",
+              "", "--verbose"}}};
+}
+
+/// Write the manual pages and the completions into the folders in which man and the shells look for them.
+void writeHelpFiles(const std::string& folder, bool isQuiet)
+{
+    const std::vector<Command> commands = allCommands();
+    const Command top = program();
+    std::vector<std::pair<std::string, std::string>> files = {
+        {"bash-completion/completions/kvx", bashCompletion(top, commands)},
+        {"zsh/site-functions/_kvx", zshCompletion(top, commands)},
+        {"fish/vendor_completions.d/kvx.fish", fishCompletion(top, commands)},
+        {"man/man1/kvx.1", manualPage(top, commands)},
+    };
+    for (const Command& command : commands)
+        files.push_back(
+            {fmt::format("man/man1/{}.1", manualPageName(command)), manualPage(command, commands)});
+    for (const auto& [name, text] : files) {
+        const std::filesystem::path path = std::filesystem::path(folder) / name;
+        std::error_code ignored; // a folder that cannot be made fails in the next step
+        std::filesystem::create_directories(path.parent_path(), ignored);
+        errno = 0;
+        std::ofstream file(path, std::ios::binary);
+        file << text;
+        file.close();
+        if (!file) throw cannotWrite(path.string(), errno);
+        if (!isQuiet) fmt::print("{}\n", plainText(path.string()));
+    }
+}
 
 // In the tables of options, clang-format would break the rows.
 // clang-format off
@@ -39,6 +85,7 @@ Command classesCommand()
         {"Output", {jsonOption(options->isJson)}},
         libraryOptions(options->library),
     };
+    command.library = &options->library;
     command.run = [options] { return runClasses(*options); };
     return command;
 }
@@ -61,6 +108,7 @@ Command devicesCommand()
         }},
         libraryOptions(options->library),
     };
+    command.library = &options->library;
     command.run = [options] { return runDevices(*options); };
     return command;
 }
@@ -106,6 +154,7 @@ Command getCommand()
         addressOptions(*options, "kvx get --element 1 0 volm"),
         libraryOptions(options->library),
     };
+    command.library = &options->library;
     command.run = [options] { return runGet(*options); };
     return command;
 }
@@ -134,6 +183,7 @@ Command setCommand()
         addressOptions(*options, "kvx set --element 1 0 volm 0.5"),
         libraryOptions(options->library),
     };
+    command.library = &options->library;
     command.run = [options] { return runSet(*options); };
     return command;
 }
@@ -200,26 +250,41 @@ Command doctorCommand()
         {"Output", {jsonOption(options->isJson)}},
         libraryOptions(options->library),
     };
+    command.library = &options->library;
     command.run = [options] { return runDoctor(*options); };
     return command;
 }
 
 Command helpCommand()
 {
-    const auto name = std::make_shared<std::string>();
+    struct Options {
+        std::string name, folder;
+        bool isQuiet = false;
+    };
+    const auto options = std::make_shared<Options>();
     Command command = {"help", "Print the help of a command, as `kvx COMMAND --help` does", "[COMMAND]", "kvx help {}"};
     command.groups = {
         {"Arguments", {
-            {"COMMAND", "", text(*name),
+            {"COMMAND", "", text(options->name),
              "The command to explain; without COMMAND, the program", "", "", "play"},
         }},
+        {"Output", {
+            {"--files", "FOLDER", text(options->folder),
+             "Write the manual pages, and the completions for bash, zsh and fish, into folders of FOLDER; in "
+             "~/.local/share, man, bash and fish find them", "", "", "--files ~/.local/share"},
+            quietOption(options->isQuiet),
+        }},
     };
-    command.run = [name] {
+    command.run = [options] {
+        if (!options->folder.empty()) {
+            writeHelpFiles(options->folder, options->isQuiet);
+            return 0;
+        }
         const std::vector<Command> commands = allCommands();
         const auto found = std::find_if(commands.begin(), commands.end(),
-                                        [&](const Command& each) { return each.name == *name; });
-        if (!name->empty() && found == commands.end())
-            throw WrongUsage(noCommand(*name, commands) + "; `kvx help` lists the commands");
+                                        [&](const Command& each) { return each.name == options->name; });
+        if (!options->name.empty() && found == commands.end())
+            throw WrongUsage(noCommand(options->name, commands) + "; `kvx help` lists the commands");
         printHelp(found == commands.end() ? program() : *found);
         return 0;
     };
@@ -228,23 +293,20 @@ Command helpCommand()
 
 // clang-format on
 
-/// The options of every command. `name` is the name of the command after "kvx", or empty.
-OptionGroup generalOptions(const std::string& name)
-{
-    const Target help = {Target::Kind::flag, {}}; // parse() obeys this option without reading it
-    return {"General",
-            {{"-h,--help", "", help, "Print this help", "", "",
-              "kvx " + name + (name.empty() ? "--help" : " --help")}}};
-}
-
 } // namespace
+
+const GeneralOptions& generalOptions() { return general; }
 
 std::vector<Command> allCommands()
 {
     std::vector<Command> commands = {
         playCommand(),        renderCommand(), classesCommand(), devicesCommand(), getCommand(), setCommand(),
         soundStreamCommand(), tuneCommand(),   pictureCommand(), doctorCommand(),  helpCommand()};
-    for (Command& command : commands) command.groups.push_back(generalOptions(command.name));
+    std::vector<std::string> names;
+    for (const Command& command : commands) names.push_back(command.name);
+    Target& explained = commands.back().groups.front().options.front().target; // COMMAND of `kvx help`
+    explained = withWords(explained, names);
+    for (Command& command : commands) command.groups.push_back(generalGroup("kvx " + command.name + " "));
     return commands;
 }
 
@@ -253,9 +315,11 @@ Command program()
     Command program = {
         "",
         "Plays and renders sound files through KVXAudio.so, and shows the library's classes, the "
-        "audio devices and their properties.",
+        "audio devices and their properties",
         "COMMAND", "kvx {}"};
-    program.groups = {generalOptions("")};
+    program.groups = {generalGroup("kvx ")};
+    program.groups[0].options.push_back({"--version", "", flag(general.isVersionWanted),
+                                         "Print the version and the revision", "", "", "--version"});
     program.notes = {
         "`kvx help COMMAND` explains a command.",
         "Exit codes: 0 success, 1 failure or a file played in part, 2 wrong usage, 128 + n ended by "

@@ -8,6 +8,15 @@
 
 namespace kvx {
 
+/// The options that every command has, and the program without a command.
+struct GeneralOptions {
+    bool isVersionWanted = false; ///< --version; only without a command
+    bool isVerbose = false;       ///< --verbose
+};
+
+/// The general options of this process, which reading the command line sets.
+const GeneralOptions& generalOptions();
+
 /// All commands, in the order of the help.
 std::vector<Command> allCommands();
 

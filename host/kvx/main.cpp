@@ -2,8 +2,10 @@
 // the audio devices. This file runs the chosen command, and turns errors into messages and exit codes.
 #include "host/kvx/command_line/parse.h"
 #include "host/kvx/commands.h"
+#include "host/kvx/problem_report.h"
 #include "host/kvx/text/failure.h"
 #include "host/kvx/text/message.h"
+#include "host/kvx/version.h"
 #include "host/runtime/support/errors.h"
 
 #include <fmt/core.h>
@@ -64,9 +66,21 @@ int run(int argumentCount, char** arguments)
     const std::vector<kvx::Command> commands = kvx::allCommands();
     return runReportingErrors([&] {
         const kvx::Choice choice = kvx::parse(program, commands, argumentCount, arguments);
-        if (!choice.isHelpWanted) return choice.command->run();
-        kvx::printHelp(*choice.command);
-        return int{exitGood};
+        if (choice.isHelpWanted) {
+            kvx::printHelp(*choice.command);
+            return int{exitGood};
+        }
+        if (kvx::generalOptions().isVersionWanted) {
+            fmt::print("kvx {}\n", kvx::versionText);
+            return int{exitGood};
+        }
+        const kvx::Command& command = *choice.command;
+        const int code = command.run ? runReportingErrors(command.run) : int{exitGood};
+        if (kvx::generalOptions().isVerbose)
+            fmt::print(stderr, "{}",
+                       kvx::problemReport(kvx::versionText, argumentCount, arguments,
+                                          command.library ? *command.library : kvx::LibraryOptions()));
+        return code;
     });
 }
 

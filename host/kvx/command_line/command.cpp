@@ -110,6 +110,12 @@ Target reading(std::function<void(const std::string& text)> read)
             [read = std::move(read)](const std::string&, const std::string& text) { read(text); }};
 }
 
+Target withWords(Target other, std::vector<std::string> words)
+{
+    other.choices = std::move(words);
+    return other;
+}
+
 void checkChoice(const std::string& option, const std::string& text, const std::vector<std::string>& choices)
 {
     for (const std::string& each : choices)

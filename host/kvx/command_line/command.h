@@ -4,6 +4,7 @@
 // All functions: [main].
 #pragma once
 
+#include "host/kvx/library/library.h"
 #include "host/kvx/text/failure.h"
 
 #include <functional>
@@ -27,7 +28,7 @@ struct Target {
     /// Errors  throws WrongUsage.
     std::function<void(const std::string& option, const std::string& text)> read;
     std::string range = {};                ///< accepted numbers, such as "0 to 1"; empty: other values
-    std::vector<std::string> choices = {}; ///< accepted words; empty: other values
+    std::vector<std::string> choices = {}; ///< words that help and completions name; may be empty
 };
 
 /// One option, or one argument that is not an option.
@@ -60,6 +61,7 @@ struct Command {
     std::string exampleFrame;             ///< a command line with "{}" for the option, "kvx play {} song.wav"
     std::vector<OptionGroup> groups = {}; ///< arguments and options
     std::vector<std::string> notes = {};  ///< paragraphs after the options
+    const LibraryOptions* library = nullptr; ///< owned by `run`; null if the command loads no library
     /// Check the options that depend on each other; may be empty.
     /// Errors  throws WrongUsage, to which the advice to read --help is added.
     std::function<void()> check = {};
@@ -96,6 +98,9 @@ Target orDefault(Target other);
 
 /// Texts that a function reads. The function throws WrongUsage with the name of the option.
 Target reading(std::function<void(const std::string& text)> read);
+
+/// A target like `other` that also names words for help and completions. The target reads other texts, too.
+Target withWords(Target other, std::vector<std::string> words);
 
 /// Refuse a text that is not one of the choices.
 /// Errors  throws WrongUsage.

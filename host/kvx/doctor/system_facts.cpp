@@ -38,13 +38,6 @@ std::optional<std::string> valueOf(const char* name)
     return value ? std::optional<std::string>(value) : std::nullopt;
 }
 
-std::vector<KVXLibraryInfo> readLibraries()
-{
-    std::vector<KVXLibraryInfo> rows(KVXPlatformGetLibraries(nullptr, 0));
-    KVXPlatformGetLibraries(rows.data(), static_cast<std::uint32_t>(rows.size()));
-    return rows;
-}
-
 const KVXLibraryInfo* findLibrary(const SystemFacts& facts, const std::string& name)
 {
     const auto found = std::find_if(facts.libraries.begin(), facts.libraries.end(),
@@ -140,7 +133,7 @@ SystemFacts readSystemFacts(const LibraryOptions& options)
     SystemFacts facts;
     for (const char* name : variableNames) facts.variables.push_back({name, valueOf(name)});
     readDevices(facts);
-    facts.libraries = readLibraries(); // after the devices, so that PortAudio's systems are known
+    facts.libraries = loadedLibraries(); // after the devices, so that PortAudio's systems are known
     readPlugin(facts, options);
     readServers(facts);
     facts.priorityLimit = limitOf(RLIMIT_RTPRIO);

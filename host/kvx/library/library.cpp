@@ -39,6 +39,13 @@ std::string pathOfLibrary(const LibraryOptions& options)
     return options.path.empty() ? pathBesideThisProgram("KVXAudio.so") : options.path;
 }
 
+std::vector<KVXLibraryInfo> loadedLibraries()
+{
+    std::vector<KVXLibraryInfo> rows(KVXPlatformGetLibraries(nullptr, 0));
+    KVXPlatformGetLibraries(rows.data(), static_cast<std::uint32_t>(rows.size()));
+    return rows;
+}
+
 Library::Library(const LibraryOptions& options) : host_(hostOptions(options))
 {
     host_.load(pathOfLibrary(options));

@@ -20,6 +20,9 @@ struct LibraryOptions {
 /// The path of the library to load.
 std::string pathOfLibrary(const LibraryOptions& options);
 
+/// List the libraries that the platform has loaded, with their versions.
+std::vector<KVXLibraryInfo> loadedLibraries();
+
 /// A host that has loaded the library.
 class Library {
 public:

@@ -55,6 +55,15 @@ Target word(std::string& target, const std::vector<std::string>& words)
     return choice(target, values);
 }
 
+/// The words that --eq accepts in place of gains.
+std::vector<std::string> curveWords()
+{
+    std::vector<std::string> words;
+    for (const NamedCurve& curve : namedCurves()) words.push_back(curve.name);
+    words.push_back("list");
+    return words;
+}
+
 // In the tables of options, clang-format would break the rows.
 // clang-format off
 
@@ -134,9 +143,9 @@ OptionGroup playerOptions(PlayerOptions& options)
         {"--pan", "SIDE", number(options.pan, panRange.low, panRange.high),
          "Pan of mono and stereo: -1 left only, 1 right only",
          "of the way to a side", "0", "--pan -0.5"},
-        {"--eq", "GAINS", reading(readGainsOrList),
+        {"--eq", "GAINS", withWords(reading(readGainsOrList), curveWords()),
          "31 gains separated by commas, or the name of a curve; `kvx play --eq list` prints the bands and the curves",
-         "-20 to 20 dB", "flat", "--eq bass"},
+         "or gains of -20 to 20 dB", "flat", "--eq bass"},
         {"--channel-map", "LIST", reading(readMap),
          "Channel of the file for each channel of the device: 1,0 swaps left and right, 2,3 plays the next two; "
          "channels count from 0, -1 is silence",
@@ -196,6 +205,7 @@ Command playCommand()
         }},
         libraryOptions(line->library),
     };
+    command.library = &line->library;
     // clang-format on
     command.notes = {
         keysNote(),
@@ -242,6 +252,7 @@ Command renderCommand()
         playerOptions(options->player),
         libraryOptions(options->library),
     };
+    command.library = &options->library;
     // clang-format on
     for (Option& option : command.groups[3].options)
         if (option.names == "--loop") option.example += " --duration 10"; // a loop has no end
@@ -299,6 +310,7 @@ Command soundStreamCommand()
         with(deviceOptions(line->device), captureOption(line->capture)),
         libraryOptions(line->library),
     };
+    command.library = &line->library;
     // clang-format on
     command.notes = {"Keys, on a terminal and without --fast: space pause, ? all keys, q quit.", byteOrders};
     command.check = [line] { line->gain = factorOf(line->gainDb); };
