@@ -134,7 +134,8 @@ std::string pathOfEntry(std::string_view entry, const fs::path& folder)
 /// Divide a text into its lines, without empty lines and without blanks at both ends.
 std::vector<std::string_view> linesOf(std::string_view text)
 {
-    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF", blanks = " \t", lineEnds = "\r\n";
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF", blanks = " \t";
+    constexpr std::string_view lineEnds("\r\n\0", 3); // no name of a file contains a zero byte
     if (text.substr(0, byteOrderMark.size()) == byteOrderMark) text.remove_prefix(byteOrderMark.size());
     std::vector<std::string_view> lines;
     while (!text.empty()) {

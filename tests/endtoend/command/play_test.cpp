@@ -443,8 +443,7 @@ TEST_F(Play, KeysControlPlayback)
 TEST_F(Play, KeysOfEveryPlayMethodWorkOnAList)
 {
     // No file ends while the test waits for the file after it.
-    for (const char* name : {"1.wav", "2.wav", "3.wav"})
-        write(support::makeNoise(8000, 1, 8000 * 600), name);
+    for (const char* name : {"1.wav", "2.wav", "3.wav"}) write(support::makeNoise(8000, 1, 8000 * 600), name);
     for (const Arguments& more : {Arguments{}, {"--buffered"}}) {
         SCOPED_TRACE(testing::PrintToString(more));
         PtyChild child(kvxCommand(joined({"play", "--device", "simulated", "1.wav", "2.wav", "3.wav"}, more)),

@@ -98,6 +98,7 @@ TEST_F(SoundList, OfAPlaylistHasPathsRelativeToItsFolder)
         {"l.m3u8", "raw \xe9.wav\n", {"raw \xe9.wav"}, "the bytes are the name of a file"},
         {"l.m3u", "http://host/a.mp3\n", {"http://host/a.mp3"}, "a URL stays unchanged"},
         {"l.m3u", "a://b\n", {"a://b"}, "a drive letter is no URL"},
+        {"l.m3u", std::string("a.wav\0b.wav", 11), {"a.wav", "b.wav"}, "a zero byte ends an entry"},
         {"l.pls",
          "[playlist]\r\nNumberOfEntries=3\r\nFile10=c.wav\r\nFile2=b.wav\r\nTitle2=B\r\nLength2=-1\r\nfile1="
          "a.wav\r\n"
