@@ -1,6 +1,7 @@
 #include "host/kvx/play/playlist.h"
 
 #include "host/kvx/files/sound_list.h"
+#include "host/kvx/terminal/interrupt.h"
 #include "host/kvx/text/failure.h"
 #include "host/kvx/text/shell_text.h"
 #include "host/kvx/text/time_text.h"
@@ -91,6 +92,7 @@ Playlist planPlaylist(const std::vector<std::string>& paths, bool isRecursive, S
     Playlist playlist;
     std::optional<Failure> problem; // the last one is thrown if no file is left
     const auto attempt = [&](const auto& work) {
+        if (isInterrupted()) return;
         try {
             work();
         } catch (const Failure& failure) {

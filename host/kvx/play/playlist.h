@@ -40,8 +40,9 @@ using Playlist = std::vector<FormatGroup>;
 Playlist planPlaylist(const std::vector<std::string>& paths);
 
 /// Open the files of a list, in which a path may also name a folder or a playlist file (see expandList()),
-/// and group them by format. Standard input and pipes are read into `inputs`, until a signal. A path or file
-/// that cannot be read is reported as a warning and left out. Errors throws Failure if no file is left.
+/// and group them by format. Standard input and pipes are read into `inputs`. A path or file that cannot be
+/// read is reported as a warning and left out. After a signal, no more files are opened.
+/// Errors  throws Failure if no file is left.
 Playlist planPlaylist(const std::vector<std::string>& paths, bool isRecursive, SpooledInputs& inputs,
                       Progress& progress);
 

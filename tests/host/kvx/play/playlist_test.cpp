@@ -1,10 +1,12 @@
 #include "host/kvx/play/playlist.h"
+#include "host/kvx/terminal/interrupt.h"
 #include "host/kvx/text/failure.h"
 #include "tests/support/sound_samples.h"
 #include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdio>
 
 namespace {
@@ -114,6 +116,17 @@ TEST_F(Playlist, LeavesOutFilesThatCannotBeRead)
               "kvx: " + (folder / "missing.wav") + " does not exist; check the name and the folder\n" +
                   "kvx: " + (folder / "missing.m3u") + " does not exist; check the name and the folder\n");
     EXPECT_EQ(progress.exitCode(), 1);
+}
+
+TEST_F(Playlist, OpensNoFileAfterASignal)
+{
+    const kvx::InterruptGuard guard;
+    std::raise(SIGINT);
+    kvx::Progress progress(kvx::Verbosity::quiet, stdout);
+    kvx::SpooledInputs inputs(kvx::isInterrupted);
+    const std::string good = write("a.wav", 44100, 1, 10);
+    EXPECT_TRUE(kvx::planPlaylist({folder / "missing.wav", good}, false, inputs, progress).empty());
+    EXPECT_EQ(progress.exitCode(), 130);
 }
 
 std::string announced(int fileChannels, int channels)
