@@ -78,7 +78,8 @@ OptionGroup resultOptions(ResultOptions& result)
 {
     return {"Format and level", {
         {"--format", "NAME", word(result.request.name, formatNames()),
-         "Format of the result", "", "by the extension of OUT.wav; without one, wav", "--format flac"},
+         "Format of the result", "", "by the extension of OUT.wav; without one, wav",
+         "kvx render --format flac song.wav out"},
         {"--bits", "BITS", word(result.request.bits, bitNames()),
          "Bits of a sample in WAV, AIFF, CAF and FLAC; float has 32 bits", "", "float; FLAC 24", "--bits 16"},
         {"--no-dither", "", flag(result.isUndithered),
