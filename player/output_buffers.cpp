@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include <emmintrin.h>
+#include <immintrin.h>
 
 namespace player {
 
@@ -13,19 +13,20 @@ namespace {
 /// Write each value to all samples of a frame with `channels` channels.
 void copyToAllChannels(const float* values, UInt32 frames, UInt32 channels, float* out)
 {
-    if (channels == 1) return static_cast<void>(std::memcpy(out, values, frames * sizeof(float)));
-    if (channels == 2) return interleave(values, values, frames, out);
-    constexpr UInt32 four = 4;
-    if (channels < four) {
+    constexpr UInt32 channelsPerStore = 4;
+    if (channels == 1)
+        std::memcpy(out, values, frames * sizeof(float));
+    else if (channels == 2)
+        interleave(values, values, frames, out);
+    else if (channels < channelsPerStore)
         for (UInt32 i = 0; i < frames; ++i, out += channels) std::fill_n(out, channels, values[i]);
-        return;
-    }
-    // Each pass writes four channels of all frames. Unless the number of channels is a multiple of four, the
-    // last pass writes some channels again.
-    for (UInt32 done = 0; done < channels; done += four) {
-        float* to = out + std::min(done, channels - four);
-        for (UInt32 i = 0; i < frames; ++i, to += channels) _mm_storeu_ps(to, _mm_load1_ps(values + i));
-    }
+    else
+        // Each pass writes four channels of all frames. Unless the number of channels is a multiple of four,
+        // the last pass writes some channels again.
+        for (UInt32 done = 0; done < channels; done += channelsPerStore) {
+            float* to = out + std::min(done, channels - channelsPerStore);
+            for (UInt32 i = 0; i < frames; ++i, to += channels) _mm_storeu_ps(to, _mm_load1_ps(values + i));
+        }
 }
 
 /// Write each stereo frame to the first two samples of a frame with `channels` channels. A frame with one
