@@ -40,7 +40,6 @@ std::shared_ptr<Capture> Capture::open(const std::string& path, const Form& form
     capture->form_ = form;
     if (std::error_code ignored; std::filesystem::is_directory(path, ignored)) {
         error = "cannot write the capture " + path + ": it is a folder; name a file in it";
-        capture->isFinished_ = true;
         return nullptr;
     }
     if (const int code = capture->file_.create(capture->temporaryPath_, static_cast<std::uint32_t>(form.rate),
@@ -49,7 +48,6 @@ std::shared_ptr<Capture> Capture::open(const std::string& path, const Form& form
                                      " is in the way; remove it, or name another file"
                                : "cannot write the capture " + path + ": " + std::strerror(code) +
                                      "; name a file in a folder that exists and can be written";
-        capture->isFinished_ = true;
         return nullptr;
     }
     const std::size_t samples = static_cast<std::size_t>(form.rate) * form.channels * ringSeconds;
@@ -58,11 +56,12 @@ std::shared_ptr<Capture> Capture::open(const std::string& path, const Form& form
         // The ring buffer has whole frames, so a frame never wraps around its end.
         capture->ring_.resize(size - size % form.channels);
         capture->thread_ = std::thread([raw = capture.get()] { raw->run(); });
+        capture->isFinished_ = false;
         return true;
     });
     if (!isStarted) {
-        error = "cannot write the capture " + path + ": no memory or no thread is left; end other programs";
         capture->discard();
+        error = "cannot write the capture " + path + ": no memory or no thread is left; end other programs";
         return nullptr;
     }
     return capture;
@@ -70,8 +69,10 @@ std::shared_ptr<Capture> Capture::open(const std::string& path, const Form& form
 
 Capture::~Capture()
 {
-    std::string ignored;
-    finish(ignored);
+    withinBorder(false, [&] {
+        std::string ignored;
+        return finish(ignored);
+    });
 }
 
 void Capture::write(const float* samples, std::uint32_t frames, const Form& form, bool mayWait)
@@ -137,7 +138,6 @@ void Capture::run()
 
 void Capture::discard()
 {
-    isFinished_ = true;
     file_.finish();
     std::remove(temporaryPath_.c_str());
 }

@@ -26,15 +26,16 @@ public:
     };
 
     /// Create the file and start the thread that writes the file.
-    /// Errors   Null, with the reason in `error`.
+    /// Errors   Null, with the reason in `error`. Throws std::bad_alloc, and then leaves no file.
     /// [any]
     static std::shared_ptr<Capture> open(const std::string& path, const Form& form, std::string& error);
     ~Capture();
 
     /// Append one interleaved slice. If the file has samples, a slice of another form ends the file.
     /// With `mayWait` set, write() writes the slice to the file itself. Without `mayWait` the background
-    /// thread does; if its ring buffer is full, the slice is dropped, and finish() reports the gap. Allocates
-    /// nothing. One call at a time. [audio]
+    /// thread does; if its ring buffer is full, the slice is dropped, and finish() reports the gap.
+    /// Allocates nothing. One call at a time.
+    /// [audio]
     void write(const float* samples, std::uint32_t frames, const Form& form, bool mayWait);
 
     /// Write the samples that are still in the ring buffer, close the file and give the file its final name.
@@ -67,7 +68,7 @@ private:
     std::mutex writing_;          ///< held during a file write; write() locks it only with `mayWait`
     Signal wake_;
     std::thread thread_;
-    bool isFinished_ = false;
+    bool isFinished_ = true; ///< false from the start of the thread until finish()
 };
 
 } // namespace kvxplatform::hal

@@ -51,33 +51,39 @@ std::string formatChunk(std::uint32_t sampleRate, std::uint32_t channels)
     return bytes;
 }
 
-} // namespace
-
-int FloatWave::writeHeader(std::uint64_t samples)
+/// All bytes of a file of `samples` samples that precede the samples.
+std::string headerOf(std::uint64_t samples, std::uint32_t sampleRate, std::uint32_t channels)
 {
     const std::uint64_t dataBytes = samples * sampleBytes;
-    std::string rest = "WAVE" + formatChunk(sampleRate_, channels_) + "fact";
+    std::string rest = "WAVE" + formatChunk(sampleRate, channels) + "fact";
     append(rest, 4, 4);
-    append(rest, samples / channels_, 4);
+    append(rest, samples / channels, 4);
     rest += "data";
     append(rest, dataBytes, 4);
     std::string bytes = "RIFF";
     append(bytes, rest.size() + dataBytes, 4);
-    bytes += rest;
-    if (std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) != bytes.size()) error_ = errno;
+    return bytes + rest;
+}
+
+} // namespace
+
+int FloatWave::writeHeader(const std::string& header)
+{
+    if (std::fwrite(header.data(), 1, header.size(), file_.get()) != header.size()) error_ = errno;
     return error_;
 }
 
 int FloatWave::create(const std::string& path, std::uint32_t sampleRate, std::uint32_t channels)
 {
+    constexpr std::uint64_t unknown = std::uint64_t{1} << 60;
+    const std::string header = headerOf(unknown, sampleRate, channels);
     buffer_.resize(bufferBytes);
     file_.reset(std::fopen(path.c_str(), "wxe"));
     if (!file_) return error_ = errno;
     std::setvbuf(file_.get(), buffer_.data(), _IOFBF, buffer_.size());
     sampleRate_ = sampleRate;
     channels_ = channels;
-    constexpr std::uint64_t unknown = std::uint64_t{1} << 60;
-    if (writeHeader(unknown) != 0) std::remove(path.c_str());
+    if (writeHeader(header) != 0) std::remove(path.c_str());
     return error_;
 }
 
@@ -93,7 +99,7 @@ int FloatWave::finish()
 {
     if (!file_) return error_;
     if (error_ == 0 && std::fseek(file_.get(), 0, SEEK_SET) != 0) error_ = errno;
-    if (error_ == 0) writeHeader(samples_);
+    if (error_ == 0) writeHeader(headerOf(samples_, sampleRate_, channels_));
     if (std::fclose(file_.release()) != 0 && error_ == 0) error_ = errno;
     return error_;
 }

@@ -19,20 +19,21 @@ namespace kvxplatform::hal {
 /// [any]
 class FloatWave {
 public:
-    /// Create the file. Returns EEXIST if the file exists. After an error no new file remains.
+    /// Create the file. Returns EEXIST if the file exists. Throws std::bad_alloc. After an error or an
+    /// exception no new file remains.
     int create(const std::string& path, std::uint32_t sampleRate, std::uint32_t channels);
 
     /// Append interleaved samples.
     int write(const float* samples, std::size_t count);
 
-    /// Write the length fields and close the file.
+    /// Write the length fields and close the file. Throws std::bad_alloc.
     int finish();
 
 private:
     struct Close {
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
-    int writeHeader(std::uint64_t samples);
+    int writeHeader(const std::string& header);
 
     std::vector<char> buffer_; ///< buffer of the file, which outlives the file
     std::unique_ptr<std::FILE, Close> file_;

@@ -1,8 +1,10 @@
-// An I/O cycle allocates no memory, unless one of its procedures adds another procedure.
+// An I/O cycle allocates no memory, unless one of its procedures adds another procedure. A capture that runs
+// out of memory does not start.
 #include "tests/platform/hal/test_device.h"
 #include "tests/support/allocator_hook.h"
 #include "tests/support/temporary_folder.h"
 
+#include <filesystem>
 #include <memory>
 
 namespace {
@@ -102,6 +104,25 @@ TEST(CycleAllocation, IsAbsentOnASteppingThread)
     allocator_hook::watchThisThread(false);
     EXPECT_EQ(frames, 50u * 64);
     EXPECT_EQ(count.heapCalls(), 0);
+}
+
+// A lack of memory is simulated at each allocation of the start in turn.
+TEST(CaptureMemory, FailedStartIsReportedAndLeavesNoIncompleteFile)
+{
+    Device device;
+    bool wasShort = true;
+    for (int passing = 0; wasShort; ++passing) {
+        SCOPED_TRACE(passing);
+        ASSERT_LT(passing, 1000);
+        const support::TemporaryFolder folder;
+        const std::string path = folder / "x.wav";
+        allocator_hook::failNew(passing, 1);
+        const int32_t status = KVXPlatformStartCapture(device, path.c_str());
+        wasShort = allocator_hook::stopFailing() > 0;
+        EXPECT_EQ(status == 0, !wasShort);
+        EXPECT_EQ(std::filesystem::exists(path + ".part"), !wasShort);
+        EXPECT_EQ(KVXPlatformStopCapture(device), 0);
+    }
 }
 
 } // namespace
