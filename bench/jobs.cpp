@@ -5,7 +5,9 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <limits>
 #include <string>
 
 namespace {
@@ -25,9 +27,11 @@ struct Job {
 const Job jobs[] = {
     {"unity",     600, {"--quiet"},                           {},                {},                            true},
     {"48000 Hz",  300, {"--quiet", "--device-rate", "48000"}, {"rate", "48000"}, {"-ar", "48000"},              false},
-    {"rate 1.25", 20,  {"--quiet", "--rate", "1.25"},         {"tempo", "1.25"}, {"-filter:a", "atempo=1.25"},  false},
+    {"rate 1.25", 10,  {"--quiet", "--rate", "1.25"},         {"tempo", "1.25"}, {"-filter:a", "atempo=1.25"},  false},
 };
 // clang-format on
+
+constexpr int runs = 3; // the shortest counts, because other work of the machine only adds time
 
 const std::string outPath = KVX_BINARY_DIR "/bench-files/job.wav";
 
@@ -35,10 +39,14 @@ void run(benchmark::State& state, int seconds, Words words)
 {
     words = bench::withPaths(std::move(words), bench::fileOfLength(seconds), outPath);
     for (auto _ : state) {
-        std::filesystem::remove(outPath); // otherwise the process would also free the memory of the old file
-        const double time = bench::processorSeconds(words);
-        if (time < 0) return state.SkipWithError("the command fails");
-        state.SetIterationTime(time);
+        double shortest = std::numeric_limits<double>::infinity();
+        for (int i = 0; i < runs; ++i) {
+            std::filesystem::remove(
+                outPath); // otherwise the process would also free the memory of the old file
+            shortest = std::min(shortest, bench::processorSeconds(words));
+        }
+        if (shortest < 0) return state.SkipWithError("the command fails");
+        state.SetIterationTime(shortest);
     }
     std::filesystem::remove(outPath);
 }

@@ -76,15 +76,15 @@ std::vector<Subject> subjects(const Figures& figures)
             {"",                  "graph/pitch +300/ours",  "graph/pitch +300/Rubber Band's pitch scale", "Rubber Band's pitch scale", Ratio::speed, 1,    1, "graph pitch scale", "Graph at pitch +300 / Rubber Band's pitch scale"},
             {"",                  "graph/pitch +300/ours",  "graph/pitch +300/SoundTouch",               "SoundTouch",                Ratio::speed},
         }},
-        {"Whole jobs", "Commands that read a 16-bit stereo WAV file at 44.1 kHz and write a WAV file of 32-bit float samples: processor time of the process. "
-                       "The copy is one read call of libsndfile into zeroed memory, then write calls.", {
+        {"Whole jobs", "Commands that read a 16-bit stereo WAV file at 44.1 kHz and write a WAV file of 32-bit float samples: processor time of the process, "
+                       "the shortest of three runs. The copy is one read call of libsndfile into zeroed memory, then write calls.", {
             {"unity, 10 minutes",    "jobs/unity/kvx render",     "jobs/unity/copy",       "copy",          Ratio::duration, 1.6, 1, "job unity copy", "kvx render at unity / copy"},
             {"unity, 10 minutes",    "jobs/unity/kvx render",     "jobs/unity/sox",        "sox",           Ratio::duration, 2,   1, "job unity sox",  "kvx render at unity / sox", true},
             {"unity, 10 minutes",    "jobs/unity/kvx render",     "jobs/unity/ffmpeg",     "ffmpeg",        Ratio::duration, 0,   1, "", nullptr, true},
             {"to 48 kHz, 5 minutes", "jobs/48000 Hz/kvx render",  "jobs/48000 Hz/sox",     "sox",           Ratio::duration, 1,   1, "job 48000 Hz",   "kvx render to 48 kHz / sox", true},
             {"to 48 kHz, 5 minutes", "jobs/48000 Hz/kvx render",  "jobs/48000 Hz/ffmpeg",  "ffmpeg",        Ratio::duration, 0,   1, "", nullptr, true},
-            {"time rate 1.25, 20 s", "jobs/rate 1.25/kvx render", "jobs/rate 1.25/sox",    "sox tempo",     Ratio::duration, 0,   1, "", nullptr, true},
-            {"time rate 1.25, 20 s", "jobs/rate 1.25/kvx render", "jobs/rate 1.25/ffmpeg", "ffmpeg atempo", Ratio::duration, 0,   1, "", nullptr, true},
+            {"time rate 1.25, 10 s", "jobs/rate 1.25/kvx render", "jobs/rate 1.25/sox",    "sox tempo",     Ratio::duration, 0,   1, "", nullptr, true},
+            {"time rate 1.25, 10 s", "jobs/rate 1.25/kvx render", "jobs/rate 1.25/ffmpeg", "ffmpeg atempo", Ratio::duration, 0,   1, "", nullptr, true},
         }},
         {"Longest slice", "The longest of 20,000 slices of 64 frames of the file player, whose file at 44.1 kHz is converted to the device's 48 kHz: "
                           "processor time of the thread, and its share of the slice's period of 1.33 ms.", {
