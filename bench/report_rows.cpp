@@ -87,7 +87,7 @@ std::vector<Subject> subjects(const Figures& figures)
             {"time rate 1.25, 10 s", "jobs/rate 1.25/kvx render", "jobs/rate 1.25/ffmpeg", "ffmpeg atempo", Ratio::duration, 0,   1, "", nullptr, true},
         }},
         {"Longest slice", "The longest of 20,000 slices of 64 frames of the file player, whose file at 44.1 kHz is converted to the device's 48 kHz: "
-                          "processor time of the thread, and its share of the slice's period of 1.33 ms.", {
+                          "processor time of the thread, and its share of the slice's period of 1.33 ms. The figure is the median of the repetitions' longest slices.", {
             {"64 frames at 48 kHz, file at 44.1 kHz", "slice/64 frames to 48000, longest", nullptr, nullptr, Ratio::period, 0.4, 64 * 1e9 / 48000, "longest slice"},
         }},
         {"Start-up", "Loading the library and registering its five classes. The process has loaded the platform's libraries before.", {
