@@ -116,7 +116,7 @@ OptionGroup with(OptionGroup options, Option more)
 } // namespace
 
 // clang-format off
-OptionGroup playerOptions(PlayerOptions& options)
+OptionGroup playerOptions(PlayerOptions& options, const char* loopExample)
 {
     const auto readGainsOrList = [&options](const std::string& value) {
         options.isCurveListWanted = value == "list";
@@ -156,7 +156,7 @@ OptionGroup playerOptions(PlayerOptions& options)
          timeUnits, "0", "--start 0:02.5"},
         {"--loop", "IN:OUT|IN-OUT", reading(readLoopOption),
          "Start at IN, and jump back from OUT to IN: IN:OUT in plain seconds, such as 1.5:4, or IN-OUT with minutes",
-         timeUnits, "", "--loop 0:01.5-0:04"},
+         timeUnits, "", loopExample},
         {"--background", "", flag(options.isInBackground),
          "Load the file on a background thread",
          "", "", "--background"},
@@ -250,13 +250,11 @@ Command renderCommand()
             quietOption(options->isQuiet),
         }},
         resultOptions(options->result),
-        playerOptions(options->player),
+        playerOptions(options->player, "--loop 0:01.5-0:04 --duration 0:10"), // a loop has no end
         libraryOptions(options->library),
     };
     command.library = &options->library;
     // clang-format on
-    for (Option& option : command.groups[3].options)
-        if (option.names == "--loop") option.example += " --duration 10"; // a loop has no end
     command.notes = {
         "The result has the file's channels, or with --channel-map those of the map; mono becomes stereo "
         "with "

@@ -7,8 +7,9 @@
 
 namespace kvx {
 
-/// The options of the file player, which `kvx play` and `kvx render` share.
-OptionGroup playerOptions(PlayerOptions& options);
+/// The options of the file player, which `kvx play` and `kvx render` share. `loopExample` is the example of
+/// --loop.
+OptionGroup playerOptions(PlayerOptions& options, const char* loopExample = "--loop 0:01.5-0:04");
 
 Command playCommand();
 Command renderCommand();
