@@ -112,13 +112,12 @@ OSStatus reset(Unit& unit, AudioUnitScope scope, AudioUnitElement element)
 {
     if (scope >= scopeCount) return kAudioUnitErr_InvalidScope;
     if (!hasElement(unit, scope, element)) return kAudioUnitErr_InvalidElement;
-    OSStatus status = noErr;
     if (unit.kind.renew && !RenderScope::isInsideAny()) {
         const std::lock_guard<std::mutex> guard(unit.settings);
-        if (unit.isInitialized) status = unit.kind.renew(unit);
+        return unit.isInitialized ? unit.kind.renew(unit) : OSStatus{noErr};
     }
-    if (!status) unit.isResetPending = true;
-    return status;
+    unit.isResetPending = true;
+    return noErr;
 }
 
 OSStatus start(Unit& unit)

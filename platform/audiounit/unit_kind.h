@@ -96,8 +96,10 @@ using Initialize = Function<class InitializeName, OSStatus(Unit&)>;
 /// [any]
 using Uninitialize = Function<class UninitializeName, void(Unit&)>;
 
-/// Replace what a reset discards, so that `reset` need not allocate. The caller holds the `settings` lock,
-/// and the unit is initialised. May throw. Not called for a reset inside a render call. [any]
+/// Reset the unit by replacing its filters, so that `reset` need not filter silence on a render thread. The
+/// caller holds the `settings` lock, and the unit is initialised. May throw. Null, or a reset inside a render
+/// call: the next slice calls `reset`.
+/// [any]
 using Renew = Function<class RenewName, OSStatus(Unit&)>;
 
 /// Clear filters and delay lines.

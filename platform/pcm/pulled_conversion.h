@@ -24,6 +24,19 @@ struct PulledInput {
     }
 };
 
+/// A conversion and its input, which are replaced together.
+struct PulledConversion {
+    /// Discard all input.
+    void reset()
+    {
+        conversion.reset();
+        input.reset();
+    }
+
+    Conversion conversion;
+    PulledInput input;
+};
+
 /// Convert until `out` holds `frames` frames and the conversion has its lead, the input has ended, or `pull`
 /// fails.
 ///

@@ -20,14 +20,13 @@ OSStatus SliceConversion::prepare(Unit& unit, const pcm::ChannelMap& map, Qualit
     inputLimit_ = static_cast<UInt32>(limit);
     input.buffers.prepare(input.format, inputLimit_);
     sampleTime_ = 0;
-    input_ = {};
     return noErr;
 }
 
 OSStatus SliceConversion::replace(Unit& unit, const pcm::ChannelMap& map, Quality quality)
 {
-    auto next = std::make_unique<pcm::Conversion>();
-    if (!next->prepare(unit.input(0).format, unit.output(0).format, map, quality))
+    auto next = std::make_unique<pcm::PulledConversion>();
+    if (!next->conversion.prepare(unit.input(0).format, unit.output(0).format, map, quality))
         return kAudioUnitErr_FormatNotSupported;
     conversion_.publish(std::move(next), unit.scope);
     return noErr;
@@ -35,17 +34,14 @@ OSStatus SliceConversion::replace(Unit& unit, const pcm::ChannelMap& map, Qualit
 
 void SliceConversion::release(Unit& unit) { conversion_.publish(nullptr, unit.scope); }
 
-void SliceConversion::reset()
-{
-    conversion_.get()->reset();
-    input_.reset();
-}
+void SliceConversion::reset() { conversion_.get()->reset(); }
 
 OSStatus SliceConversion::render(Unit& unit, Slice& slice)
 {
-    pcm::Conversion& conversion = *conversion_.get();
-    const OSStatus status = conversion.convertsRate() ? renderAtOtherRate(unit, slice, conversion)
-                                                      : renderAtSameRate(unit, slice, conversion);
+    pcm::PulledConversion& current = *conversion_.get();
+    const OSStatus status = current.conversion.convertsRate()
+                                ? renderAtOtherRate(unit, slice, current)
+                                : renderAtSameRate(unit, slice, current.conversion);
     if (status) pcm::silence(unit.output(0).format, slice.out, 0, slice.frames);
     return status;
 }
@@ -58,8 +54,9 @@ OSStatus SliceConversion::renderAtSameRate(Unit& unit, Slice& slice, pcm::Conver
     return status;
 }
 
-OSStatus SliceConversion::renderAtOtherRate(Unit& unit, Slice& slice, pcm::Conversion& conversion)
+OSStatus SliceConversion::renderAtOtherRate(Unit& unit, Slice& slice, pcm::PulledConversion& current)
 {
+    pcm::PulledInput& input = current.input;
     AudioUnitRenderActionFlags flags = slice.flags;
     UInt32 made = 0;
     const auto pullMore = [&](UInt32 missing) {
@@ -68,12 +65,13 @@ OSStatus SliceConversion::renderAtOtherRate(Unit& unit, Slice& slice, pcm::Conve
             later(slice.time, made, unit.output(0).format.mSampleRate, unit.hostTicksPerSecond);
         time.mSampleTime = sampleTime_;
         sampleTime_ += frames;
-        const OSStatus status = pull(unit, 0, flags, time, frames, inputLimit_, input_.list);
-        input_.first = 0;
-        input_.count = status ? 0 : frames;
+        const OSStatus status = pull(unit, 0, flags, time, frames, inputLimit_, input.list);
+        input.first = 0;
+        input.count = status ? 0 : frames;
         return status;
     };
-    const OSStatus status = pcm::convertPulled(conversion, input_, slice.out, slice.frames, made, pullMore);
+    const OSStatus status =
+        pcm::convertPulled(current.conversion, input, slice.out, slice.frames, made, pullMore);
     // The output does not become silent together with the source, because the filter still rings.
     if (!status) slice.flags |= flags & ~static_cast<UInt32>(kAudioUnitRenderAction_OutputIsSilence);
     return status;

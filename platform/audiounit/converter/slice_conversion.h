@@ -29,7 +29,7 @@ public:
     /// Returns  the number of input frames that the conversion reads ahead; 0 before prepare(). The caller
     ///          holds the `settings` lock.
     /// [any]
-    UInt32 lead() const { return conversion_.get() ? conversion_.get()->lead() : 0; }
+    UInt32 lead() const { return conversion_.get() ? conversion_.get()->conversion.lead() : 0; }
 
     /// Undo prepare().
     /// [any]
@@ -45,16 +45,15 @@ public:
 
 private:
     OSStatus renderAtSameRate(Unit& unit, Slice& slice, pcm::Conversion& conversion) const;
-    OSStatus renderAtOtherRate(Unit& unit, Slice& slice, pcm::Conversion& conversion);
+    OSStatus renderAtOtherRate(Unit& unit, Slice& slice, pcm::PulledConversion& current);
 
-    Published<pcm::Conversion> conversion_;
+    Published<pcm::PulledConversion> conversion_; ///< the conversion; its input is in the bus's memory
     /// The largest number of frames in a pull, which does not change while the unit is initialised.
     UInt32 inputLimit_ = 0;
 
-    // The following fields are used only when the rates differ.
-    // [audio & rendering]
-    Float64 sampleTime_ = 0; ///< sample time of the next pull
-    pcm::PulledInput input_; ///< the last pull, in the input's memory
+    /// The sample time of the next pull; used only when the rates differ.
+    /// [audio & rendering]
+    Float64 sampleTime_ = 0;
 };
 
 } // namespace kvxplatform::audiounit

@@ -18,15 +18,15 @@ OSStatus ClientInput::prepare(Unit& unit, Float64 deviceRate)
     to_ = pcm::interleavedFormat(deviceRate, from_.mChannelsPerFrame);
     mostPulled_ = unit.sliceLimit;
     mostReturned_ = from_.mSampleRate == deviceRate ? mostPulled_ : blockFrames;
-    input_ = {};
     converted_.prepare(to_, mostReturned_);
     return replace(unit);
 }
 
 OSStatus ClientInput::replace(Unit& unit)
 {
-    auto next = std::make_unique<pcm::Conversion>();
-    if (!next->prepare(from_, to_, pcm::identityChannelMap(channels()), pcm::Conversion::Quality::high))
+    auto next = std::make_unique<pcm::PulledConversion>();
+    if (!next->conversion.prepare(from_, to_, pcm::identityChannelMap(channels()),
+                                  pcm::Conversion::Quality::high))
         return kAudioUnitErr_FormatNotSupported;
     conversion_.publish(std::move(next), unit.scope);
     return noErr;
@@ -34,32 +34,29 @@ OSStatus ClientInput::replace(Unit& unit)
 
 OSStatus ClientInput::renew(Unit& unit) { return lead() > 0 ? replace(unit) : OSStatus{noErr}; }
 
-void ClientInput::reset()
-{
-    conversion_.get()->reset();
-    input_.reset();
-}
+void ClientInput::reset() { conversion_.get()->reset(); }
 
 Float64 ClientInput::lead() const
 {
-    const pcm::Conversion* conversion = conversion_.get();
-    return conversion ? conversion->lead() / from_.mSampleRate : 0;
+    const pcm::PulledConversion* const current = conversion_.get();
+    return current ? current->conversion.lead() / from_.mSampleRate : 0;
 }
 
 const Float32* ClientInput::next(const Request& request, UInt32& frames)
 {
     frames = std::min(frames, mostReturned_);
+    pcm::PulledConversion& current = *conversion_.get();
     UInt32 made = 0;
-    pcm::convertPulled(*conversion_.get(), input_, converted_.list(frames), frames, made,
+    pcm::convertPulled(current.conversion, current.input, converted_.list(frames), frames, made,
                        [&](UInt32 missing) {
-                           pullMore(request, made, std::min(missing, mostPulled_));
+                           pullMore(request, current.input, made, std::min(missing, mostPulled_));
                            return OSStatus{noErr};
                        });
     return reinterpret_cast<const Float32*>(converted_.memory(0));
 }
 
-/// Pull the next `frames` frames of input; `made` output frames precede their output in the present call.
-void ClientInput::pullMore(const Request& request, UInt32 made, UInt32 frames)
+/// Pull the next `frames` frames into `input`; `made` output frames precede their output in the present call.
+void ClientInput::pullMore(const Request& request, pcm::PulledInput& input, UInt32 made, UInt32 frames)
 {
     Unit& unit = request.unit;
     const AudioTimeStamp time = later(request.time, made, to_.mSampleRate, unit.hostTicksPerSecond);
@@ -71,10 +68,10 @@ void ClientInput::pullMore(const Request& request, UInt32 made, UInt32 frames)
                     (time.mFlags & kAudioTimeStampHostTimeValid);
     // Once the client has stopped the unit, the source is not called again.
     if (!unit.isStopping) sampleTime_ += frames;
-    if (const OSStatus status = pull(unit, 0, request.flags, client, frames, input_.list))
+    if (const OSStatus status = pull(unit, 0, request.flags, client, frames, input.list))
         unit.lastRenderError = status;
-    input_.first = 0;
-    input_.count = frames;
+    input.first = 0;
+    input.count = frames;
 }
 
 } // namespace kvxplatform::audiounit

@@ -15,8 +15,9 @@ public:
     /// [main], [worker]
     OSStatus prepare(Unit& unit, Float64 deviceRate);
 
-    /// Replace the conversion, so that reset() need not clear it. The caller holds the `settings` lock.
-    /// Throws std::bad_alloc. [any]
+    /// Replace the conversion and discard the input that was pulled ahead, so that reset() need not do so.
+    /// The caller holds the `settings` lock. Throws std::bad_alloc.
+    /// [any]
     OSStatus renew(Unit& unit);
 
     /// Discard the input that was pulled ahead.
@@ -50,14 +51,13 @@ public:
 
 private:
     OSStatus replace(Unit& unit);
-    void pullMore(const Request& request, UInt32 made, UInt32 frames);
+    void pullMore(const Request& request, pcm::PulledInput& input, UInt32 made, UInt32 frames);
 
-    AudioStreamBasicDescription from_{}, to_{}; ///< formats of the input and of the frames returned
-    UInt32 mostPulled_ = 0, mostReturned_ = 0;  ///< largest numbers of frames
-    Published<pcm::Conversion> conversion_;
-    pcm::PulledInput input_; ///< the last pull, in the input's memory
-    pcm::Buffers converted_; ///< the frames returned
-    Float64 sampleTime_ = 0; ///< sample time of the next pull
+    AudioStreamBasicDescription from_{}, to_{};   ///< formats of the input and of the frames returned
+    UInt32 mostPulled_ = 0, mostReturned_ = 0;    ///< largest numbers of frames
+    Published<pcm::PulledConversion> conversion_; ///< the conversion; its input is in the bus's memory
+    pcm::Buffers converted_;                      ///< the frames returned
+    Float64 sampleTime_ = 0;                      ///< sample time of the next pull
 };
 
 } // namespace kvxplatform::audiounit

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -19,7 +20,7 @@ using namespace kvxplatform::audiounit;
 constexpr AudioUnitPropertyID bypass = 21;
 
 struct State {
-    int resets = 0, initialized = 0;
+    int resets = 0, renewals = 0, initialized = 0;
     OSStatus refusal = noErr;
     Float32 written = 0;
     static int alive;
@@ -89,6 +90,35 @@ const UnitKind sums = {'aumx', 'test', "Sum", column::Inputs{{2, 1, 4}}, column:
                        column::Render{sumOfInputs}, column::RenderInside{nullptr}, column::Start{nullptr}, column::Stop{nullptr}};
 // clang-format on
 
+/// Render 16 frames of both channels into the unit's own memory. `storage` receives the buffer list.
+OSStatus renderInto(Unit& unit, kvxplatform::pcm::ListStorage& storage)
+{
+    AudioTimeStamp time = {};
+    time.mFlags = kAudioTimeStampSampleTimeValid;
+    storage.prepare(2);
+    AudioBufferList& list = storage.list();
+    for (UInt32 i = 0; i < 2; ++i) list.mBuffers[i] = {1, 0, nullptr};
+    return render(unit, nullptr, &time, 0, 16, &list);
+}
+
+/// Renew the unit, and let a render thread render a slice before the renewal returns.
+OSStatus renewUnit(Unit& unit)
+{
+    ++stateOf<State>(unit).renewals;
+    OSStatus status = noErr;
+    std::thread([&] {
+        kvxplatform::pcm::ListStorage storage;
+        status = renderInto(unit, storage);
+    }).join();
+    return status;
+}
+
+const UnitKind renews = [] {
+    UnitKind kind = sums;
+    kind.renew = column::Renew{renewUnit};
+    return kind;
+}();
+
 /// A render callback whose every sample is the number of the bus, plus 1/2, plus 1/128 for each preceding
 /// channel.
 OSStatus steady(void* context, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32 bus, UInt32 frames,
@@ -129,15 +159,7 @@ protected:
         return set(kAudioUnitProperty_SetRenderCallback, 1, bus, AURenderCallbackStruct{steady, calls});
     }
     /// Render 16 frames into the unit's own memory.
-    OSStatus renderOnce()
-    {
-        AudioTimeStamp time = {};
-        time.mFlags = kAudioTimeStampSampleTimeValid;
-        storage.prepare(2);
-        AudioBufferList& list = storage.list();
-        for (UInt32 i = 0; i < 2; ++i) list.mBuffers[i] = {1, 0, nullptr};
-        return render(*unit, nullptr, &time, 0, 16, &list);
-    }
+    OSStatus renderOnce() { return renderInto(*unit, storage); }
     Float32 sample(UInt32 channel)
     {
         return static_cast<Float32*>(storage.list().mBuffers[channel].mData)[15];
@@ -295,6 +317,35 @@ TEST_F(Base, CallsTheKindsFunctionsInOrder)
     EXPECT_EQ(state.initialized, 0);
     EXPECT_EQ(start(*unit), badComponentSelector) << "not an output unit";
     EXPECT_EQ(stop(*unit), badComponentSelector);
+}
+
+/// A render callback that resets the unit that calls it.
+OSStatus resetsUnit(void* unit, AudioUnitRenderActionFlags*, const AudioTimeStamp*, UInt32, UInt32,
+                    AudioBufferList*)
+{
+    return reset(*static_cast<Unit*>(unit), 0, 0);
+}
+
+TEST_F(Base, ResetOfARenewedUnitLeavesLaterSlicesUnchanged)
+{
+    close(*unit);
+    ASSERT_EQ(open(renews, reinterpret_cast<AudioUnit>(1), unit), noErr);
+    ASSERT_EQ(setSource(0), noErr);
+    ASSERT_EQ(setSource(1), noErr);
+    ASSERT_EQ(initialize(*unit), noErr);
+    const State& state = stateOf<State>(*unit);
+    EXPECT_EQ(reset(*unit, 0, 0), noErr);
+    EXPECT_EQ(renderOnce(), noErr);
+    EXPECT_EQ(state.renewals, 1);
+    EXPECT_EQ(state.resets, 0) << "a slice between the renewal and the next one has pulled ahead";
+
+    ASSERT_EQ(set(kAudioUnitProperty_SetRenderCallback, 1, 0, AURenderCallbackStruct{resetsUnit, unit.get()}),
+              noErr);
+    EXPECT_EQ(renderOnce(), noErr);
+    ASSERT_EQ(setSource(0), noErr);
+    EXPECT_EQ(renderOnce(), noErr);
+    EXPECT_EQ(state.renewals, 1) << "not inside a render call";
+    EXPECT_EQ(state.resets, 1);
 }
 
 } // namespace
