@@ -389,7 +389,7 @@ TEST_F(ResultFormats, LeaveNoFileOnAFullDisk)
         EXPECT_EQ(result.err,
                   "kvx: render: out." + name +
                       " cannot be written: File too large; write to a disk that takes larger files, or "
-                      "raise the limit (ulimit -f)\n");
+                      "raise the limit with `ulimit -f unlimited`\n");
         EXPECT_EQ(folder.count(), 1u);
     }
     const auto result = shell("ulimit -f 8; TMPDIR=. $kvx render in.wav out.mp3 --normalize");
