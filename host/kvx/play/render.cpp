@@ -208,7 +208,7 @@ bool finish(Result& out, double seconds, Progress& progress)
         progress.showLine(line);
         return !isInterrupted();
     });
-    progress.wipe();
+    if (isWhole) progress.wipe();
     return isWhole;
 }
 
