@@ -2,6 +2,7 @@
 
 #include "host/kvx/command_line/nearest_word.h"
 #include "host/kvx/text/message.h"
+#include "host/kvx/text/shell_text.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
@@ -87,6 +88,9 @@ std::string describeExtra(const std::vector<std::string>& extras, const Command&
 
 std::string noCommand(const std::string& word, const std::vector<Command>& commands)
 {
+    std::error_code ignored;
+    if (std::filesystem::exists(word, ignored))
+        return fmt::format("there is no command {} (to play it: `kvx play {}`)", word, quotedForShell(word));
     std::vector<std::string> names;
     for (const Command& each : commands) names.push_back(each.name);
     return fmt::format("there is no command {}{}", word, suggestion(word, names));

@@ -18,7 +18,8 @@ struct Choice {
     bool isHelpWanted;      ///< the user has given --help; no other option has been read
 };
 
-/// Describe that there is no command `word`, with the command that the user may have meant.
+/// Describe that there is no command `word`, with the command that the user may have meant. If `word` is the
+/// path of a file, that is `kvx play`.
 std::string noCommand(const std::string& word, const std::vector<Command>& commands);
 
 /// Find the command that the user has named, read its options and those of `program`, and check them.

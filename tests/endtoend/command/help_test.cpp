@@ -57,10 +57,14 @@ TEST_F(KvxHelp, IsTheSameWithHelpCommandAndOption)
 
 TEST_F(KvxHelp, NamesTheNearestWord)
 {
+    std::ofstream(folder / "my song.wav") << "x";
     const struct {
         Arguments arguments;
         const char* message;
     } facts[] = {
+        {{"my song.wav"},
+         "kvx: there is no command my song.wav (to play it: `kvx play 'my song.wav'`); --help lists the "
+         "arguments\n"},
         {{"plya", "a.wav"},
          "kvx: there is no command plya (did you mean play?); --help lists the arguments\n"},
         {{"play", "--bufered", "a.wav"},
