@@ -51,6 +51,15 @@ __m128 twoStereoFrames(const float* samples, __m128d position)
     return _mm_add_ps(_mm_mul_ps(t, _mm_movehl_ps(b, a)), _mm_mul_ps(rest, _mm_movelh_ps(a, b)));
 }
 
+/// Write two stereo frames: left, right, left, right.
+template <bool isStereo>
+void write(float* out, UInt32 channels, __m128 frames)
+{
+    if (isStereo) return _mm_storeu_ps(out, frames);
+    _mm_storel_pi(reinterpret_cast<__m64*>(out), frames);
+    _mm_storeh_pi(reinterpret_cast<__m64*>(out + channels), frames);
+}
+
 /// Return the rest of the span: the frames after its first `done` frames.
 Span restOf(const Span& span, UInt32 done)
 {
@@ -75,16 +84,24 @@ void interpolateMonoSse(const Span& span, float* out)
     interpolateMonoScalar(restOf(span, whole), out + whole);
 }
 
-void interpolateStereoSse(const Span& span, float* out)
+// With `isStereo`, a constant, the usual output with two channels costs no branch and no multiplication.
+template <bool isStereo>
+static void stereoSse(const Span& span, float* out, UInt32 outputChannels)
 {
+    const UInt32 channels = isStereo ? 2 : outputChannels;
     const UInt32 whole = span.frames & ~UInt32{1};
     __m128d position = _mm_set_pd(span.position + span.step, span.position);
     const __m128d two = _mm_set1_pd(2 * span.step);
     for (UInt32 i = 0; i < whole; i += 2) {
-        _mm_storeu_ps(out + 2 * i, twoStereoFrames(span.samples, position));
+        write<isStereo>(out + i * channels, channels, twoStereoFrames(span.samples, position));
         position = _mm_add_pd(position, two);
     }
-    interpolateStereoScalar(restOf(span, whole), out + 2 * whole);
+    interpolateStereoScalar(restOf(span, whole), out + whole * channels, channels);
+}
+
+void interpolateStereoSse(const Span& span, float* out, UInt32 channels)
+{
+    channels == 2 ? stereoSse<true>(span, out, 2) : stereoSse<false>(span, out, channels);
 }
 
 // ---- four positions at a time: AVX ----
@@ -152,8 +169,10 @@ KVX_AVX void interpolateMonoAvx(const Span& span, float* out)
     interpolateMonoSse(restOf(span, i), out + i);
 }
 
-KVX_AVX void interpolateStereoAvx(const Span& span, float* out)
+template <bool isStereo>
+KVX_AVX static void stereoAvx(const Span& span, float* out, UInt32 outputChannels)
 {
+    const UInt32 channels = isStereo ? 2 : outputChannels;
     const UInt32 whole = span.frames & ~UInt32{3};
     __m256d position = fourPositions(span);
     const __m256d four = _mm256_set1_pd(4 * span.step);
@@ -172,11 +191,22 @@ KVX_AVX void interpolateStereoAvx(const Span& span, float* out)
                                                  at(_mm_extract_epi32(index, 3)), 1);
         const __m256 s0 = _mm256_castpd_ps(_mm256_unpacklo_pd(even, odd));
         const __m256 s1 = _mm256_castpd_ps(_mm256_unpackhi_pd(even, odd));
-        _mm256_storeu_ps(out + 2 * i,
-                         _mm256_add_ps(_mm256_mul_ps(t, s1), _mm256_mul_ps(_mm256_sub_ps(one, t), s0)));
+        const __m256 frames = _mm256_add_ps(_mm256_mul_ps(t, s1), _mm256_mul_ps(_mm256_sub_ps(one, t), s0));
+        float* const to = out + i * channels;
+        if (isStereo) {
+            _mm256_storeu_ps(to, frames);
+        } else {
+            write<false>(to, channels, _mm256_castps256_ps128(frames));
+            write<false>(to + 2 * channels, channels, _mm256_extractf128_ps(frames, 1));
+        }
         position = _mm256_add_pd(position, four);
     }
-    interpolateStereoSse(restOf(span, whole), out + 2 * whole);
+    interpolateStereoSse(restOf(span, whole), out + whole * channels, channels);
+}
+
+void interpolateStereoAvx(const Span& span, float* out, UInt32 channels)
+{
+    channels == 2 ? stereoAvx<true>(span, out, 2) : stereoAvx<false>(span, out, channels);
 }
 
 void interpolateMono(const Span& span, float* out)
@@ -184,9 +214,9 @@ void interpolateMono(const Span& span, float* out)
     hasAvx() ? interpolateMonoAvx(span, out) : interpolateMonoSse(span, out);
 }
 
-void interpolateStereo(const Span& span, float* out)
+void interpolateStereo(const Span& span, float* out, UInt32 channels)
 {
-    hasAvx() ? interpolateStereoAvx(span, out) : interpolateStereoSse(span, out);
+    hasAvx() ? interpolateStereoAvx(span, out, channels) : interpolateStereoSse(span, out, channels);
 }
 
 void interpolateMonoScalar(const Span& span, float* out)
@@ -200,15 +230,14 @@ void interpolateMonoScalar(const Span& span, float* out)
     }
 }
 
-void interpolateStereoScalar(const Span& span, float* out)
+void interpolateStereoScalar(const Span& span, float* out, UInt32 channels)
 {
     double position = span.position;
-    for (UInt32 i = 0; i < span.frames; ++i, position += span.step) {
+    for (UInt32 i = 0; i < span.frames; ++i, position += span.step, out += channels) {
         const auto k = static_cast<std::int32_t>(position);
         const float* const pair = span.samples + 2 * static_cast<std::ptrdiff_t>(k);
         const float t = static_cast<float>(position - k);
-        for (int c = 0; c < 2; ++c)
-            out[2 * i + static_cast<UInt32>(c)] = t * pair[2 + c] + (1.0f - t) * pair[c];
+        for (int c = 0; c < 2; ++c) out[c] = t * pair[2 + c] + (1.0f - t) * pair[c];
     }
 }
 

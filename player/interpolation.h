@@ -20,20 +20,21 @@ struct Span {
 /// the whole part of the position.
 void interpolateMono(const Span& span, float* out);
 
-/// Interpolate stereo in single precision: out[2 i] (left) and out[2 i + 1] (right) are values between the
-/// frames k and k + 1, where k is the whole part of the position.
-void interpolateStereo(const Span& span, float* out);
+/// Interpolate stereo in single precision: out[n i] (left) and out[n i + 1] (right), where n is `channels`,
+/// the number of channels of the output, are values between the frames k and k + 1, where k is the whole part
+/// of the position. Other channels are not written.
+void interpolateStereo(const Span& span, float* out, UInt32 channels);
 
 /// The SIMD kernels from which interpolateMono and interpolateStereo choose. The Sse kernels run on every
 /// processor; the Avx kernels need a processor for which hasAvx() returns true.
 void interpolateMonoSse(const Span& span, float* out);
-void interpolateStereoSse(const Span& span, float* out);
+void interpolateStereoSse(const Span& span, float* out, UInt32 channels);
 void interpolateMonoAvx(const Span& span, float* out);
-void interpolateStereoAvx(const Span& span, float* out);
+void interpolateStereoAvx(const Span& span, float* out, UInt32 channels);
 bool hasAvx();
 
 /// The scalar kernels, which compute one frame after the other and define the exact result.
 void interpolateMonoScalar(const Span& span, float* out);
-void interpolateStereoScalar(const Span& span, float* out);
+void interpolateStereoScalar(const Span& span, float* out, UInt32 channels);
 
 } // namespace player

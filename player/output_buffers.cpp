@@ -29,18 +29,11 @@ void copyToAllChannels(const float* values, UInt32 frames, UInt32 channels, floa
         }
 }
 
-/// Write each stereo frame to the first two samples of a frame with `channels` channels. A frame with one
-/// channel gets the left sample.
-void copyToFirstChannels(const float* pairs, UInt32 frames, UInt32 channels, float* out)
+/// Write the first `samples` samples of each stereo frame to a frame with `channels` channels.
+void copyToFirstChannels(const float* pairs, UInt32 frames, UInt32 samples, UInt32 channels, float* out)
 {
-    if (channels == 1)
-        for (UInt32 i = 0; i < frames; ++i) out[i] = pairs[2 * i];
-    else if (channels == 2)
-        std::memcpy(out, pairs, 2 * frames * sizeof(float));
-    else
-        for (UInt32 i = 0; i < frames; ++i, pairs += 2, out += channels)
-            _mm_storel_epi64(reinterpret_cast<__m128i*>(out),
-                             _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pairs)));
+    if (channels == 2) return static_cast<void>(std::memcpy(out, pairs, 2 * frames * sizeof(float)));
+    for (UInt32 i = 0; i < frames; ++i, pairs += 2, out += channels) std::copy_n(pairs, samples, out);
 }
 
 } // namespace
@@ -61,7 +54,7 @@ void OutputBuffers::writeStereo(UInt32 first, UInt32 frames, const float* values
     for (UInt32 b = 0; b < list_.mNumberBuffers; ++b) {
         AudioBuffer& buffer = list_.mBuffers[b];
         if (float* const out = addressOf(buffer, stereoSamples(buffer), first, frames))
-            copyToFirstChannels(values, frames, buffer.mNumberChannels, out);
+            copyToFirstChannels(values, frames, stereoSamples(buffer), buffer.mNumberChannels, out);
         else
             for (UInt32 i = 0; i < frames; ++i) writeStereo(buffer, first + i, values + 2 * i);
     }

@@ -53,12 +53,15 @@ public:
     void writeStereo(UInt32 first, UInt32 frames, const float* values);
 
     /// Return the address for rendering stereo directly into the output, from frame `first` on. Returns null
-    /// unless the output is a single buffer with two channels and enough memory.
+    /// unless the output is a single buffer with at least two channels and enough memory.
     float* directStereo(UInt32 first, UInt32 frames)
     {
-        const bool isPairs = list_.mNumberBuffers == 1 && list_.mBuffers[0].mNumberChannels == 2;
-        return isPairs ? addressOf(list_.mBuffers[0], 2, first, frames) : nullptr;
+        const bool isDirect = list_.mNumberBuffers == 1 && channels() >= 2;
+        return isDirect ? addressOf(list_.mBuffers[0], 2, first, frames) : nullptr;
     }
+
+    /// Return the number of channels of the first buffer.
+    UInt32 channels() const { return list_.mBuffers[0].mNumberChannels; }
 
 private:
     /// The number of samples in a stereo frame that a buffer takes. A buffer with one channel takes the left

@@ -78,10 +78,10 @@ double renderStereo(AudioPlayerData& player, OutputBuffers& output, double posit
             const Span span = spanAt(player, position, step, frames - i, 2);
             if (span.frames) {
                 if (float* direct = output.directStereo(i, span.frames)) {
-                    interpolateStereo(span, direct);
+                    interpolateStereo(span, direct, output.channels());
                 } else {
                     float block[2 * largestSpan];
-                    interpolateStereo(span, block);
+                    interpolateStereo(span, block, 2);
                     output.writeStereo(i, span.frames, block);
                 }
                 advanceRelative(player, step, span.frames);

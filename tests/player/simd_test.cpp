@@ -59,6 +59,8 @@ double stepped(double position, double step, UInt32 count)
     return position;
 }
 
+constexpr std::size_t mostChannels = 8; // largest number of output channels of a kernel
+
 using Interpolate = void (*)(const player::Span&, float*);
 struct Kernel {
     const char* name;
@@ -66,19 +68,32 @@ struct Kernel {
     int channels;
 };
 
+/// Call a stereo kernel for an output with `channels` channels.
+template <void (*kernel)(const player::Span&, float*, UInt32), UInt32 channels>
+void stereoInto(const player::Span& span, float* out)
+{
+    kernel(span, out, channels);
+}
+
 /// Return the kernels that this processor can run.
 std::vector<Kernel> kernels()
 {
     using namespace player;
     std::vector<Kernel> result = {
         {"mono", interpolateMono, interpolateMonoScalar, 1},
-        {"stereo", interpolateStereo, interpolateStereoScalar, 2},
+        {"stereo", stereoInto<interpolateStereo, 2>, stereoInto<interpolateStereoScalar, 2>, 2},
+        {"stereo into 3", stereoInto<interpolateStereo, 3>, stereoInto<interpolateStereoScalar, 3>, 2},
         {"mono, SSE", interpolateMonoSse, interpolateMonoScalar, 1},
-        {"stereo, SSE", interpolateStereoSse, interpolateStereoScalar, 2},
+        {"stereo, SSE", stereoInto<interpolateStereoSse, 2>, stereoInto<interpolateStereoScalar, 2>, 2},
+        {"stereo into 8, SSE", stereoInto<interpolateStereoSse, 8>, stereoInto<interpolateStereoScalar, 8>,
+         2},
     };
     if (hasAvx()) {
         result.push_back({"mono, AVX", interpolateMonoAvx, interpolateMonoScalar, 1});
-        result.push_back({"stereo, AVX", interpolateStereoAvx, interpolateStereoScalar, 2});
+        result.push_back(
+            {"stereo, AVX", stereoInto<interpolateStereoAvx, 2>, stereoInto<interpolateStereoScalar, 2>, 2});
+        result.push_back({"stereo into 8, AVX", stereoInto<interpolateStereoAvx, 8>,
+                          stereoInto<interpolateStereoScalar, 8>, 2});
     }
     return result;
 }
@@ -87,7 +102,7 @@ std::vector<Kernel> kernels()
 /// after the beginning of allocated memory.
 void expectSame(const player::Span& span, std::size_t misaligned)
 {
-    std::vector<float> simd(2 * span.frames + 2 + misaligned, 7), scalar(simd);
+    std::vector<float> simd(mostChannels * span.frames + 2 + misaligned, 7), scalar(simd);
     for (const Kernel& kernel : kernels()) {
         kernel.simd(span, simd.data() + misaligned);
         kernel.scalar(span, scalar.data() + misaligned);
@@ -127,7 +142,7 @@ TEST(PlayerSimd, InterpolatesFarFromTheStart)
                 const auto base = reinterpret_cast<std::uintptr_t>(data.data()) -
                                   static_cast<std::uintptr_t>(distance) * sizeof(float);
                 const player::Span span = {reinterpret_cast<const float*>(base), start, step, frames};
-                std::vector<float> simd(2 * frames), scalar(2 * frames);
+                std::vector<float> simd(mostChannels * frames), scalar(mostChannels * frames);
                 for (const Kernel& kernel : kernels()) {
                     if (kernel.channels != channels) continue;
                     kernel.simd(span, simd.data());
