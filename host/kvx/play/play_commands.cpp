@@ -7,6 +7,8 @@
 #include "host/kvx/text/failure.h"
 #include "host/kvx/text/time_text.h"
 
+#include <fmt/core.h>
+
 #include <cmath>
 #include <cstdio>
 #include <memory>

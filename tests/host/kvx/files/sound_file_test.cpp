@@ -206,7 +206,7 @@ TEST(SoundFile, ReportsTooManyOpenFiles)
     close(int(few.rlim_cur));
     EXPECT_EQ(textOf(refusal),
               (folder / "a.wav") + std::string(" cannot be opened: too many files are open; raise the "
-                                               "limit with `ulimit -n`"));
+                                               "limit with `ulimit -n 4096`"));
 }
 
 TEST(SoundFile, NamesMissingParts)
