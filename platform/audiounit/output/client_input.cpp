@@ -14,25 +14,30 @@ constexpr UInt32 blockFrames = 1024;
 
 OSStatus ClientInput::prepare(Unit& unit, Float64 deviceRate)
 {
-    from_ = unit.input(0).format;
-    to_ = pcm::interleavedFormat(deviceRate, from_.mChannelsPerFrame);
+    const AudioStreamBasicDescription from = unit.input(0).format;
+    const AudioStreamBasicDescription to = pcm::interleavedFormat(deviceRate, from.mChannelsPerFrame);
+    const UInt32 mostReturned = from.mSampleRate == deviceRate ? UInt32{unit.sliceLimit} : blockFrames;
+    converted_.prepare(to, mostReturned);
+    if (const OSStatus status = replace(unit, from, to)) return status;
+    from_ = from;
+    to_ = to;
     mostPulled_ = unit.sliceLimit;
-    mostReturned_ = from_.mSampleRate == deviceRate ? mostPulled_ : blockFrames;
-    converted_.prepare(to_, mostReturned_);
-    return replace(unit);
+    mostReturned_ = mostReturned;
+    return noErr;
 }
 
-OSStatus ClientInput::replace(Unit& unit)
+OSStatus ClientInput::replace(Unit& unit, const AudioStreamBasicDescription& from,
+                              const AudioStreamBasicDescription& to)
 {
     auto next = std::make_unique<pcm::PulledConversion>();
-    if (!next->conversion.prepare(from_, to_, pcm::identityChannelMap(channels()),
+    if (!next->conversion.prepare(from, to, pcm::identityChannelMap(from.mChannelsPerFrame),
                                   pcm::Conversion::Quality::high))
         return kAudioUnitErr_FormatNotSupported;
     conversion_.publish(std::move(next), unit.scope);
     return noErr;
 }
 
-OSStatus ClientInput::renew(Unit& unit) { return lead() > 0 ? replace(unit) : OSStatus{noErr}; }
+OSStatus ClientInput::renew(Unit& unit) { return lead() > 0 ? replace(unit, from_, to_) : OSStatus{noErr}; }
 
 void ClientInput::reset() { conversion_.get()->reset(); }
 

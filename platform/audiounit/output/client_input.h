@@ -10,7 +10,8 @@ namespace kvxplatform::audiounit {
 class ClientInput {
 public:
     /// Allocate memory for the unit's input format, the slice limit and the device's rate. The caller holds
-    /// the `settings` lock, and no slice is being rendered. Throws std::bad_alloc.
+    /// the `settings` lock, and no slice is being rendered. Throws std::bad_alloc. After an exception or an
+    /// error, lead() and renew() work as before.
     /// Errors  FormatNotSupported: the ratio of the rates is not within 1/256 to 256.
     /// [main], [worker]
     OSStatus prepare(Unit& unit, Float64 deviceRate);
@@ -41,7 +42,8 @@ public:
         const AudioTimeStamp& time;
     };
 
-    /// Return up to `frames` more frames: at least one, at most the slice limit.
+    /// Return up to `frames` more frames: at least one; at most 1,024 at another rate than the device's, else
+    /// the slice limit.
     /// Shape    [frame * channels + channel]. `frames` is set to the number of frames returned.
     /// Owner    this object owns the samples, which stay valid until the next call.
     /// Errors   the source's status becomes the unit's last render error; the frames of a failed pull are
@@ -50,7 +52,8 @@ public:
     const Float32* next(const Request& request, UInt32& frames);
 
 private:
-    OSStatus replace(Unit& unit);
+    OSStatus replace(Unit& unit, const AudioStreamBasicDescription& from,
+                     const AudioStreamBasicDescription& to);
     void pullMore(const Request& request, pcm::PulledInput& input, UInt32 made, UInt32 frames);
 
     AudioStreamBasicDescription from_{}, to_{};   ///< formats of the input and of the frames returned

@@ -100,6 +100,26 @@ TEST(RateConversion, DoesNotDrift)
         << "the frames of the next output";
 }
 
+TEST(RateConversion, FailedStartKeepsTheFormerConversion)
+{
+    SteppedDevice device(48000, 1, 512);
+    const Unit unit('ahal');
+    ASSERT_EQ(unit.set<AudioDeviceID>(kAudioOutputUnitProperty_CurrentDevice, 0, 0, device.id()), noErr);
+    ASSERT_EQ(unit.setFormat(1, canonical(44100, 1)), noErr);
+    ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+    ASSERT_EQ(AudioOutputUnitStart(unit), noErr);
+    ASSERT_EQ(AudioOutputUnitStop(unit), noErr);
+    const auto tail = unit.get<Float64>(kAudioUnitProperty_TailTime, 0, 0);
+    EXPECT_GT(tail, 0);
+
+    ASSERT_EQ(AudioUnitUninitialize(unit), noErr);
+    ASSERT_EQ(unit.setFormat(1, canonical(100, 1)), noErr); // a ratio of 480
+    ASSERT_EQ(AudioUnitInitialize(unit), noErr);
+    EXPECT_EQ(AudioOutputUnitStart(unit), kAudioUnitErr_FormatNotSupported);
+    EXPECT_EQ(unit.get<Float64>(kAudioUnitProperty_TailTime, 0, 0), tail);
+    EXPECT_EQ(AudioUnitReset(unit, 0, 0), noErr);
+}
+
 TEST(RateConversion, GenericUnitKeepsTheTone)
 {
     clientRate = 48000;
