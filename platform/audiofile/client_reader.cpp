@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 namespace kvxplatform::audiofile {
 namespace {
@@ -41,9 +42,15 @@ bool ClientReader::prepare()
     const UInt32 channels = file_.facts().format.mChannelsPerFrame;
     blockFrames_ = std::clamp<UInt32>(blockSamples / channels, 1, mostBlockFrames);
     block_.resize(std::size_t{blockFrames_} * channels);
-    return conversion_.prepare(pcm::interleavedFormat(file_.facts().format.mSampleRate, channels), client_,
-                               pcm::foldedChannelMap(channels, client_.mChannelsPerFrame),
-                               pcm::Conversion::Quality::veryHigh);
+    return prepare(conversion_);
+}
+
+bool ClientReader::prepare(pcm::Conversion& conversion) const
+{
+    const AudioStreamBasicDescription& format = file_.facts().format;
+    return conversion.prepare(pcm::interleavedFormat(format.mSampleRate, format.mChannelsPerFrame), client_,
+                              pcm::foldedChannelMap(format.mChannelsPerFrame, client_.mChannelsPerFrame),
+                              pcm::Conversion::Quality::veryHigh);
 }
 
 SInt64 ClientReader::read(UInt32 frames, AudioBufferList& list)
@@ -93,11 +100,14 @@ SInt64 ClientReader::tell() const
 
 bool ClientReader::seek(SInt64 frame)
 {
+    // After a reset, the output could be shifted by up to half a frame.
+    pcm::Conversion next;
+    if (conversion_.convertsRate()) prepare(next); // succeeds, as with the same formats before
     if (!file_.seek(frame)) return false;
     start_ = frame;
     made_ = 0;
     input_.reset();
-    conversion_.reset();
+    if (conversion_.convertsRate()) conversion_ = std::move(next);
     return true;
 }
 

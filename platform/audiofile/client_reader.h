@@ -41,12 +41,14 @@ public:
     /// frame is returned.
     SInt64 tell() const;
 
-    /// Set the read position to a frame of the file. Returns false if the frame cannot be reached.
+    /// Set the read position to a frame of the file. Returns false if the frame cannot be reached. Throws
+    /// std::bad_alloc, and then nothing has changed.
     bool seek(SInt64 frame);
 
 private:
     enum class Path { bytes, floats, conversion };
 
+    bool prepare(pcm::Conversion& conversion) const;
     SInt64 readConverted(UInt32 frames, AudioBufferList& list);
     OSStatus pull(UInt32 frames);
 

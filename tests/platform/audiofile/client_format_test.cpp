@@ -316,6 +316,24 @@ TEST(Positions, CountFramesOfTheFile)
     }
 }
 
+// At these rates, 3,709 is the least number of input frames that lasts a whole number of output frames.
+TEST(ClientFormat, SeekRepeatsTheSamplesAtRatesWithALongPeriod)
+{
+    const sound::Folder folder;
+    const std::string path = folder / "x.wav";
+    sound::write(path, wav32, 11127, 1, sound::music(1, 5000));
+    const sound::File file(path);
+    ASSERT_EQ(file.setClient(sound::floats(44100, 1)), noErr);
+    Bytes first, again;
+    ASSERT_EQ(file.read(2000, 4, 1, first), noErr);
+    ASSERT_EQ(first.size(), 8000u);
+    for (int i = 0; i < 5; ++i) {
+        ASSERT_EQ(ExtAudioFileSeek(file, 0), noErr);
+        ASSERT_EQ(file.read(2000, 4, 1, again), noErr);
+        EXPECT_TRUE(again == first) << i;
+    }
+}
+
 // Seeking works in every coding, including codings whose decoder cannot seek.
 TEST(Positions, AreReachedInEveryCoding)
 {
