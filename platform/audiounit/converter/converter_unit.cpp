@@ -43,19 +43,10 @@ OSStatus change(Unit& unit, const pcm::ConversionQuality& quality, std::optional
     return noErr;
 }
 
-bool convertsRate(Unit& unit)
-{
-    return unit.input(0).format.mSampleRate != unit.output(0).format.mSampleRate;
-}
-
 OSStatus getTail(Unit& unit, ElementAddress, void* data, UInt32&)
 {
-    const Float64 from = unit.input(0).format.mSampleRate, to = unit.output(0).format.mSampleRate;
     const Converter& state = stateOf<Converter>(unit);
-    if (unit.isInitialized || !convertsRate(unit)) return give(data, state.conversion.lead() / from);
-    pcm::FixedRateConverter example;
-    example.prepare(from, to, 1, state.quality.filter());
-    return give(data, example.lead() / from);
+    return give(data, state.conversion.tail(unit, state.quality.filter()));
 }
 
 template <UInt32 pcm::ConversionQuality::*field>

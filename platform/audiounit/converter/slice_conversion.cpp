@@ -10,6 +10,11 @@
 
 namespace kvxplatform::audiounit {
 
+bool convertsRate(Unit& unit)
+{
+    return unit.input(0).format.mSampleRate != unit.output(0).format.mSampleRate;
+}
+
 OSStatus SliceConversion::prepare(Unit& unit, const pcm::ChannelMap& map, Quality quality)
 {
     Element& input = unit.input(0);
@@ -33,6 +38,17 @@ OSStatus SliceConversion::replace(Unit& unit, const pcm::ChannelMap& map, Qualit
 }
 
 void SliceConversion::release(Unit& unit) { conversion_.publish(nullptr, unit.scope); }
+
+Float64 SliceConversion::tail(Unit& unit, Quality quality) const
+{
+    if (!convertsRate(unit)) return 0;
+    const Float64 from = unit.input(0).format.mSampleRate;
+    if (const pcm::PulledConversion* const current = conversion_.get())
+        return current->conversion.lead() / from;
+    pcm::FixedRateConverter example;
+    example.prepare(from, unit.output(0).format.mSampleRate, 1, quality);
+    return example.lead() / from;
+}
 
 void SliceConversion::reset() { conversion_.get()->reset(); }
 

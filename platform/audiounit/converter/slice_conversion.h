@@ -9,6 +9,10 @@
 
 namespace kvxplatform::audiounit {
 
+/// Whether the unit's input and output differ in rate. The caller holds the `settings` lock.
+/// [any]
+bool convertsRate(Unit& unit);
+
 class SliceConversion {
 public:
     using Quality = pcm::Conversion::Quality;
@@ -26,10 +30,10 @@ public:
     /// [any]
     OSStatus replace(Unit& unit, const pcm::ChannelMap& map, Quality quality);
 
-    /// Returns  the number of input frames that the conversion reads ahead; 0 before prepare(). The caller
-    ///          holds the `settings` lock.
+    /// Returns  the time in seconds by which input is pulled ahead with this quality; 0 at equal rates. The
+    ///          caller holds the `settings` lock. Throws std::bad_alloc.
     /// [any]
-    UInt32 lead() const { return conversion_.get() ? conversion_.get()->conversion.lead() : 0; }
+    Float64 tail(Unit& unit, Quality quality) const;
 
     /// Undo prepare().
     /// [any]

@@ -7,6 +7,8 @@
 namespace kvxplatform::audiounit {
 namespace {
 
+constexpr SliceConversion::Quality quality = SliceConversion::Quality::high;
+
 struct GenericOutput {
     std::atomic<bool> isRunning{false};
     SliceConversion conversion;
@@ -23,6 +25,11 @@ OSStatus setRunning(Unit& unit, bool isRunning)
     return noErr;
 }
 
+OSStatus getTail(Unit& unit, ElementAddress, void* data, UInt32&)
+{
+    return give(data, stateOf<GenericOutput>(unit).conversion.tail(unit, quality));
+}
+
 OSStatus getIsRunning(Unit& unit, ElementAddress, void* data, UInt32&)
 {
     return give(data, UInt32{stateOf<GenericOutput>(unit).isRunning});
@@ -34,6 +41,7 @@ OSStatus getIsRunning(Unit& unit, ElementAddress, void* data, UInt32&)
 const Property genericOutputProperties[] = {
     // property                               scopes    element     bytes                  access            settable          get                  set      size of
     {kAudioUnitProperty_SupportedNumChannels, inGlobal, anyElement, sizeof(AUChannelInfo), Access::readOnly, Settable::always, getAnyChannelCounts, nullptr, nullptr},
+    {kAudioUnitProperty_TailTime,             inGlobal, anyElement, sizeof(Float64),       Access::readOnly, Settable::always, getTail,             nullptr, nullptr},
     {kAudioOutputUnitProperty_IsRunning,      inGlobal, anyElement, sizeof(UInt32),        Access::readOnly, Settable::always, getIsRunning,        nullptr, nullptr},
 };
 // clang-format on
@@ -48,17 +56,15 @@ void destroyGenericOutput(void* state) { delete static_cast<GenericOutput*>(stat
 
 OSStatus initializeGenericOutput(Unit& unit)
 {
-    return stateOf<GenericOutput>(unit).conversion.prepare(unit, channelMapOf(unit),
-                                                           SliceConversion::Quality::high);
+    return stateOf<GenericOutput>(unit).conversion.prepare(unit, channelMapOf(unit), quality);
 }
 
 void uninitializeGenericOutput(Unit& unit) { stateOf<GenericOutput>(unit).conversion.release(unit); }
 
 OSStatus renewGenericOutput(Unit& unit)
 {
-    if (unit.input(0).format.mSampleRate == unit.output(0).format.mSampleRate) return noErr;
-    return stateOf<GenericOutput>(unit).conversion.replace(unit, channelMapOf(unit),
-                                                           SliceConversion::Quality::high);
+    if (!convertsRate(unit)) return noErr;
+    return stateOf<GenericOutput>(unit).conversion.replace(unit, channelMapOf(unit), quality);
 }
 
 void resetGenericOutput(Unit& unit) { stateOf<GenericOutput>(unit).conversion.reset(); }

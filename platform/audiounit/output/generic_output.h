@@ -7,7 +7,7 @@
 
 namespace kvxplatform::audiounit {
 
-extern const Property genericOutputProperties[2];
+extern const Property genericOutputProperties[3];
 
 OSStatus openGenericOutput(Unit& unit);
 void destroyGenericOutput(void* state);

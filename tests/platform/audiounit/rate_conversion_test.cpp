@@ -138,6 +138,16 @@ TEST(RateConversion, GenericUnitKeepsTheTone)
         played.insert(played.end(), samples, samples + 1156);
     }
     EXPECT_LT(largestError(played, 1, 44100, 2000, 20 * 1156), 1e-3);
+
+    // The client was called for the frames that were rendered, plus the look-ahead.
+    const Request& last = feeder.requests.back();
+    const Float64 ahead = unit.get<Float64>(kAudioUnitProperty_TailTime, 0, 0) * 48000;
+    EXPECT_GT(ahead, 0);
+    EXPECT_NEAR(last.time.mSampleTime + last.frames, 20 * 1156 * 48000.0 / 44100 + ahead, 1.001);
+    ASSERT_EQ(AudioUnitUninitialize(unit), noErr);
+    EXPECT_NEAR(unit.get<Float64>(kAudioUnitProperty_TailTime, 0, 0) * 48000, ahead, 1e-9);
+    ASSERT_EQ(unit.setFormat(2, canonical(48000, 1)), noErr);
+    EXPECT_EQ(unit.get<Float64>(kAudioUnitProperty_TailTime, 0, 0), 0) << "at equal rates";
 }
 
 float burst(Float64 frame, UInt32) { return frame < 100 ? 1.0f : 0.0f; }
