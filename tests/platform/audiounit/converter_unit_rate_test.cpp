@@ -137,7 +137,7 @@ TEST(ConverterUnitRate, ConvertsBetweenChannelCounts)
         }
 }
 
-TEST(ConverterUnitRate, ResetClearsTheFilter)
+TEST(ConverterUnitRate, SourceTimeContinuesAfterAReset)
 {
     Converter converter(44100, 48000);
     ASSERT_EQ(AudioUnitInitialize(converter.unit), noErr);
