@@ -20,11 +20,10 @@ TEST(MixerRenderThread, HeapCallsAreCounted)
     EXPECT_EQ(count.heapCalls(), 2);
 }
 
-// The test covers buffers with and without rate conversion, all sample sizes, volumes, completions and tails.
-// It fetches blocks directly and by a delegated component call.
-TEST(MixerRenderThread, FetchesWithoutAllocationOrLock)
+/// Play buffers through a mixer of this block size to their end.
+void fetchAll(long blockFrames)
 {
-    Mixer mixer({}, 333);
+    Mixer mixer({}, blockFrames);
     const Form forms[] = {
         {}, {'raw ', 8, 1, 22050}, {'twos', 16, 2, 48000}, {'NONE', 8, 2, 8000}, {'twos', 8, 1}};
     std::vector<std::unique_ptr<Buffer>> buffers;
@@ -55,6 +54,16 @@ TEST(MixerRenderThread, FetchesWithoutAllocationOrLock)
     EXPECT_EQ(count.heapCalls(), 0);
     EXPECT_EQ(count.locks(), 0);
     for (const auto& buffer : buffers) EXPECT_EQ(buffer->completions, 1);
+}
+
+// The test covers buffers with and without rate conversion, all sample sizes, volumes, completions and tails.
+// It fetches blocks of several sizes, directly and by a delegated component call.
+TEST(MixerRenderThread, FetchesWithoutAllocationOrLock)
+{
+    for (const long blockFrames : {333, 1, 64, 1024, 20000}) {
+        SCOPED_TRACE(blockFrames);
+        fetchAll(blockFrames);
+    }
 }
 
 } // namespace
