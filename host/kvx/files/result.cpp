@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
+#include <iterator>
 #include <unistd.h>
 
 namespace kvx {
@@ -28,6 +29,23 @@ std::FILE* createStore()
     return stream;
 }
 
+/// The largest magnitude of the samples. A NaN does not count.
+float peakOf(const float* samples, std::size_t count)
+{
+    // Separate peaks become SIMD lanes.
+    constexpr std::size_t lanes = 8;
+    float peaks[lanes] = {};
+    const auto add = [&](std::size_t lane, float sample) {
+        const float magnitude = std::fabs(sample);
+        peaks[lane] = magnitude > peaks[lane] ? magnitude : peaks[lane];
+    };
+    std::size_t i = 0;
+    for (; i + lanes <= count; i += lanes)
+        for (std::size_t lane = 0; lane < lanes; ++lane) add(lane, samples[i + lane]);
+    for (; i < count; ++i) add(0, samples[i]);
+    return *std::max_element(std::begin(peaks), std::end(peaks));
+}
+
 double decibelsOf(double factor) { return 20 * std::log10(factor); }
 
 } // namespace
@@ -41,10 +59,7 @@ Result::Result(const ResultOptions& options, int rate, int channels)
 
 void Result::write(const float* samples, std::size_t frames)
 {
-    for (std::size_t i = 0; i < frames * channels_; ++i) {
-        const float magnitude = std::fabs(samples[i]);
-        if (magnitude > peak_) peak_ = magnitude;
-    }
+    peak_ = std::max(peak_, peakOf(samples, frames * channels_));
     store_ ? store(samples, frames) : writer_.write(samples, frames);
 }
 
