@@ -12,8 +12,11 @@
 #include <KVXPlatform/KVXPlatform.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <iterator>
+
+#include <sys/mman.h>
 
 namespace kvxplatform::audiofile {
 namespace {
@@ -133,6 +136,18 @@ OSStatus with(ExtAudioFileRef file, Body body) noexcept
     });
 }
 
+/// Ask the system for huge pages in the memory of a long read, which causes a page fault per page. A refusal
+/// changes nothing.
+void preferHugePages(const AudioBuffer& buffer, std::size_t bytes)
+{
+    constexpr std::size_t leastBytes = 4u << 20, pageBytes = 4096;
+    if (bytes < leastBytes) return;
+    const auto memory = reinterpret_cast<std::uintptr_t>(buffer.mData);
+    const std::uintptr_t begin = (memory + pageBytes - 1) / pageBytes * pageBytes;
+    const std::uintptr_t end = (memory + bytes) / pageBytes * pageBytes;
+    madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+}
+
 OSStatus read(ExtendedFile& file, UInt32& ioFrames, AudioBufferList& list)
 {
     if (!file.reader) return kExtAudioFileError_InvalidOperationOrder;
@@ -141,7 +156,10 @@ OSStatus read(ExtendedFile& file, UInt32& ioFrames, AudioBufferList& list)
     if (ioFrames > 0) {
         const UInt32 capacity = pcm::capacityOf(format, list).value_or(0);
         if (capacity == 0) return paramErr; // noErr with 0 frames would mean the end of the file
-        got = file.reader->read(std::min(ioFrames, capacity), list);
+        const UInt32 frames = std::min(ioFrames, capacity);
+        for (UInt32 i = 0; i < list.mNumberBuffers; ++i)
+            preferHugePages(list.mBuffers[i], std::size_t{frames} * format.mBytesPerFrame);
+        got = file.reader->read(frames, list);
         if (got < 0) return ioErr;
     }
     ioFrames = static_cast<UInt32>(got);
