@@ -32,7 +32,9 @@ struct Converter {
 
     Settings settings;
     std::unique_ptr<pcm::Conversion> conversion;
-    UInt32 lead = 0;            ///< input frames that the conversion reads ahead
+    /// Input frames that the conversion reads ahead, copied because getProperty runs without exclusive
+    /// access.
+    std::atomic<UInt32> lead{0};
     pcm::ListStorage inputList; ///< buffer list that the input procedure fills in
     pcm::PulledInput input;     ///< input frames, in memory that the input procedure owns
 };

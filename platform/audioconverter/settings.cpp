@@ -96,7 +96,8 @@ OSStatus setPrimeMethod(Converter&, const void* data)
 
 void getPrimeInfo(const Converter& converter, void* data)
 {
-    store(data, AudioConverterPrimeInfo{converter.lead, converter.lead});
+    const UInt32 lead = converter.lead;
+    store(data, AudioConverterPrimeInfo{lead, lead});
 }
 
 void getChannelMap(const Converter& converter, void* data)

@@ -23,8 +23,7 @@ struct ConversionQuality {
     }
 
     /// Returns  the filter: the best one for complexity 'bats', or for 'norm' with the highest quality
-    /// number;
-    ///          otherwise the default. A lower quality would save no time.
+    ///          number; otherwise the default. A lower quality would save no time.
     FixedRateConverter::Quality filter() const
     {
         const bool isNormal = complexity == kAudioUnitSampleRateConverterComplexity_Normal;

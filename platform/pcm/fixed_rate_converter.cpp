@@ -151,7 +151,8 @@ UInt32 FixedRateConverter::framesFor(UInt32 frames) const
     if (end > framesIn_)
         return static_cast<UInt32>(
             std::min<std::uint64_t>(end - framesIn_, std::numeric_limits<SInt32>::max()));
-    // The lead is sufficient, unless the measurement missed a rare case.
+    // The lead is sufficient, unless the output lags further than it did during the measurement, which is
+    // shorter than the common period of some rates. The rest of the block makes output then.
     return frames > reserve() ? blockFrames_ - blockFill_ : 0;
 }
 

@@ -33,10 +33,9 @@ public:
     /// Returns  false if accepts(from, to) is false, or if `channels` is 0 or more than 128.
     bool prepare(Float64 from, Float64 to, UInt32 channels, Quality quality);
 
-    /// Discard all input and output. The next input frame is the first one again. The output then equals that
-    /// of a new converter but for rounding errors of single precision, and but for a shift by half a frame at
-    /// most if more than 2,048 input frames are needed to last a whole number of output frames. A new
-    /// converter does not change.
+    /// Discard all input and output; the next input frame is the first one again. The output equals that of a
+    /// new converter to within rounding. If the rates have no common period of up to 2,048 input frames, the
+    /// output is shifted by at most half an output frame. A new converter does not change.
     void reset();
 
     /// Returns  the number of input frames that the converter reads ahead of its output.

@@ -49,7 +49,7 @@ template <class Pull>
 OSStatus convertPulled(Conversion& conversion, PulledInput& input, AudioBufferList& out, UInt32 frames,
                        UInt32& made, Pull pull)
 {
-    if (frames == made) return noErr;
+    if (frames == made) return noErr; // a call for no frames pulls nothing, not even the lead
     while (made < frames || (!input.hasEnded && input.count == 0 && conversion.framesFor(0) > 0)) {
         if (input.count == 0 && !input.hasEnded) {
             // Input is pulled before the reserve is used, so that every call pulls its share.
