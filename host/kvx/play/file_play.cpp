@@ -57,8 +57,8 @@ constexpr struct {
     void (*apply)(FilePlayer& player);
 } keyActions[] = {
     {Key::pause, [](FilePlayer& p) { p.isPlaying() ? p.pause() : p.play(); }},
-    {Key::back, [](FilePlayer& p) { p.seek(p.position() - seekStep); }},
-    {Key::forward, [](FilePlayer& p) { p.seek(p.position() + seekStep); }},
+    {Key::back, [](FilePlayer& p) { p.seek(p.audiblePosition() - seekStep); }},
+    {Key::forward, [](FilePlayer& p) { p.seek(p.audiblePosition() + seekStep); }},
     {Key::louder, [](FilePlayer& p) { p.setVolume(stepped(p.volume(), volumeStep, volumeRange)); }},
     {Key::softer, [](FilePlayer& p) { p.setVolume(stepped(p.volume(), -volumeStep, volumeRange)); }},
     {Key::loopIn, setLoopInHere},

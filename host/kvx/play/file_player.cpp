@@ -139,7 +139,10 @@ double FilePlayer::position() const { return object_.get("CurrentTime").number()
 double FilePlayer::audiblePosition() const
 {
     const double ahead = isPlaying() ? delay().latency * rate() : 0;
-    return std::max(0.0, position() - ahead);
+    const double now = position();
+    // After a jump to the loop start, the end of the loop is still audible.
+    const double first = isLooping() && now >= loopIn() ? loopIn() : 0;
+    return std::max(first, now - ahead);
 }
 
 // The class rounds a time down to a frame, and the binary fraction may be slightly less than the exact time

@@ -93,9 +93,9 @@ public:
 
     double position() const;
 
-    /// Returns  the position of the frame that the units output now. After a stop it is position(), because
-    /// the
-    ///          next start discards the input that was pulled ahead.
+    /// Returns  the position of the frame that the units output now, but not less than the start of a loop
+    ///          that plays. After a stop it is position(), because the next start discards the input that was
+    ///          pulled ahead.
     double audiblePosition() const;
 
     void seek(double seconds); ///< moves the position to the nearest frame

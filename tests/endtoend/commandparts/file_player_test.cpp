@@ -167,6 +167,41 @@ TEST_F(CommandFilePlayer, AudiblePositionIsThatOfTheOutput)
     }
 }
 
+TEST_F(CommandFilePlayer, SeekKeysMoveFromTheAudiblePosition)
+{
+    SteppedDevice device(48000);
+    auto player = playerOf(support::makeNoise(44100, 1, 8 * 44100), device);
+    player->play();
+    device.step(9600);
+    kvx::applyKey(Key::forward, *player);
+    EXPECT_NEAR(player->position(), 5.2, 2.0 / 44100);
+    device.step(24000);
+    const double audible = player->audiblePosition();
+    kvx::applyKey(Key::back, *player);
+    EXPECT_NEAR(player->position(), audible - 5, 2.0 / 44100);
+}
+
+// Just after the jump to the loop start, the units have pulled frames of the loop's start already.
+TEST_F(CommandFilePlayer, AudiblePositionIsNotBeforeTheLoopStart)
+{
+    SteppedDevice device(48000);
+    auto player = playerOf(support::makeNoise(44100, 1, 44100), device);
+    player->setLoopIn(0.2);
+    player->setLoopOut(0.3);
+    player->setLooping(true);
+    player->play();
+    double before = 0, now = 0;
+    for (int i = 0; i < 1000 && now >= before; ++i) {
+        before = now;
+        device.step(48);
+        now = player->position();
+    }
+    ASSERT_LT(now, before) << "after the jump";
+    EXPECT_EQ(player->audiblePosition(), player->loopIn());
+    kvx::applyKey(Key::loopIn, *player);
+    EXPECT_NEAR(player->loopIn(), 0.2, 2.0 / 44100);
+}
+
 TEST_F(CommandFilePlayer, IsSilentAfterTheReportedLengthAndTail)
 {
     const struct {
