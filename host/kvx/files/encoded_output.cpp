@@ -1,5 +1,7 @@
 #include "host/kvx/files/encoded_output.h"
 
+#include "host/kvx/files/streams.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <unistd.h>
@@ -45,19 +47,11 @@ std::int64_t EncodedOutput::write(const char* bytes, std::int64_t count)
 
 void EncodedOutput::writeAt(std::int64_t position, const char* bytes, std::int64_t count)
 {
-    while (count > 0 && error_ == 0) {
-        const auto size = static_cast<std::size_t>(count);
-        const ssize_t written =
-            isStream_ ? ::write(file_, bytes, size) : pwrite(file_, bytes, size, position);
-        if (written < 0 && errno == EINTR) continue;
-        if (written < 0) {
-            error_ = errno;
-            return;
-        }
-        bytes += written;
-        position += written;
-        count -= written;
-    }
+    if (error_ != 0) return;
+    if (!isStream_ && lseek(file_, position, SEEK_SET) < 0)
+        error_ = errno;
+    else
+        error_ = writeAll(file_, bytes, static_cast<std::size_t>(count), isStopped_);
 }
 
 void EncodedOutput::start(const std::string& prefix)

@@ -5,7 +5,9 @@
 #include <sndfile.h>
 
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <utility>
 
 namespace kvx {
 
@@ -15,8 +17,12 @@ namespace kvx {
 /// In a stream, later changes of bytes that were written are dropped: headers keep the values of start().
 class EncodedOutput {
 public:
+    /// `isStopped` returns whether a signal has ended the command.
     /// Owner  `file` is closed by the destructor.
-    EncodedOutput(int file, bool isStream) : file_(file), isStream_(isStream) {}
+    EncodedOutput(int file, bool isStream, std::function<bool()> isStopped)
+        : file_(file), isStream_(isStream), isStopped_(std::move(isStopped))
+    {
+    }
     ~EncodedOutput();
     EncodedOutput(const EncodedOutput&) = delete;
     EncodedOutput& operator=(const EncodedOutput&) = delete;
@@ -32,7 +38,8 @@ public:
     /// odd number of bytes is made even.
     void finish(const std::string& prefix);
 
-    /// The first error, a value of errno; 0: no error. After an error nothing more is written.
+    /// The first error, a value of errno; 0: no error; EINTR: a signal has ended a write. After an error
+    /// nothing more is written.
     int error() const { return error_; }
 
 private:
@@ -42,6 +49,7 @@ private:
 
     int file_;
     bool isStream_;
+    const std::function<bool()> isStopped_;
     bool isStarted_ = false;
     std::string header_;
     std::int64_t prefixBytes_ = 0;

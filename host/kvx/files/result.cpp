@@ -50,9 +50,9 @@ double decibelsOf(double factor) { return 20 * std::log10(factor); }
 
 } // namespace
 
-Result::Result(const ResultOptions& options, int rate, int channels)
+Result::Result(const ResultOptions& options, int rate, int channels, const std::function<bool()>& isStopped)
     : format_(options.format), channels_(static_cast<std::size_t>(channels)),
-      writer_(options.path, options.format, rate, channels, !options.isUndithered),
+      writer_(options.path, options.format, rate, channels, !options.isUndithered, isStopped),
       store_(options.isNormalized ? createStore() : nullptr)
 {
 }

@@ -26,9 +26,10 @@ struct ResultOptions {
 /// Writes a result. A result that is to be normalised is kept in a temporary file until its peak is known.
 class Result {
 public:
+    /// `isStopped` returns whether a signal has ended the command; a write to a stream then fails.
     /// Units   rate in Hz.
     /// Errors  throws Failure.
-    Result(const ResultOptions& options, int rate, int channels);
+    Result(const ResultOptions& options, int rate, int channels, const std::function<bool()>& isStopped);
 
     /// Append frames.
     /// Shape   samples[frame * channels + channel], full scale 1.

@@ -50,10 +50,11 @@ void prepare(SNDFILE* encoder, const OutputFormat& format, int channels)
 } // namespace
 
 SoundWriter::SoundWriter(const std::string& path, const OutputFormat& format, int rate, int channels,
-                         bool isDithered)
+                         bool isDithered, const std::function<bool()>& isStopped)
     : path_(path), format_(format), rate_(rate), channels_(static_cast<std::size_t>(channels)),
       order_(channelOrder(format, channels)), temporary_(isOutputStream(path) ? "" : temporaryPathFor(path)),
-      output_(temporary_.empty() ? openOutputStream(path) : createFile(temporary_, path), temporary_.empty()),
+      output_(temporary_.empty() ? openOutputStream(path, isStopped) : createFile(temporary_, path),
+              temporary_.empty(), isStopped),
       quantizer_(format.bits > 0 ? format.bits : 32, isDithered)
 {
     SF_INFO info = {};

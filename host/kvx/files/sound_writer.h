@@ -17,10 +17,12 @@ namespace kvx {
 /// Writes a sound to a file or a stream. A file gets its name when finish() has written all of it.
 class SoundWriter {
 public:
-    /// Begin to write. `isDithered` applies to integers.
+    /// Begin to write. `isDithered` applies to integers; `isStopped` returns whether a signal has ended the
+    /// command.
     /// Units   rate in Hz.
     /// Errors  throws Failure, for example if the format cannot hold the rate or the channels.
-    SoundWriter(const std::string& path, const OutputFormat& format, int rate, int channels, bool isDithered);
+    SoundWriter(const std::string& path, const OutputFormat& format, int rate, int channels, bool isDithered,
+                const std::function<bool()>& isStopped);
     ~SoundWriter(); ///< removes an unfinished file
     SoundWriter(const SoundWriter&) = delete;
     SoundWriter& operator=(const SoundWriter&) = delete;

@@ -53,28 +53,15 @@ Failure cannotRead(const std::string& name, int error)
     return Failure(fmt::format("{} cannot be read: {}; name a file", name, std::strerror(error)));
 }
 
-/// Write all bytes.
-/// Returns  0 or a value of errno.
-int writeAll(int file, const char* bytes, std::size_t count)
+/// Open a pipe or a device for a result. Waits for the reader of a pipe, until a signal.
+int openToWrite(const std::string& path, const std::function<bool()>& isStopped)
 {
-    while (count > 0) {
-        const ssize_t written = write(file, bytes, count);
-        if (written < 0 && errno != EINTR) return errno;
-        if (written < 0) continue;
-        bytes += written;
-        count -= static_cast<std::size_t>(written);
+    while (!isStopped()) {
+        const int file = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+        if (file >= 0 || errno != EINTR) return file;
     }
-    return 0;
-}
-
-/// Open a pipe or a device for a result. Waits for the reader of a pipe; a second signal ends the command.
-int openToWrite(const std::string& path)
-{
-    int file;
-    do {
-        file = open(path.c_str(), O_WRONLY | O_CLOEXEC);
-    } while (file < 0 && errno == EINTR);
-    return file;
+    errno = EINTR;
+    return -1;
 }
 
 } // namespace
@@ -93,10 +80,10 @@ bool isStandardOutput(const std::string& path)
             S_ISFIFO(named.st_mode) && named.st_dev == standard.st_dev && named.st_ino == standard.st_ino);
 }
 
-int openOutputStream(const std::string& path)
+int openOutputStream(const std::string& path, const std::function<bool()>& isStopped)
 {
     const bool isStandard = path == standardStream;
-    Descriptor file(isStandard ? fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0) : openToWrite(path));
+    Descriptor file(isStandard ? fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0) : openToWrite(path, isStopped));
     if (file.number() < 0) throw cannotWrite(path, errno);
     if (isatty(file.number()))
         throw Failure(
@@ -104,6 +91,20 @@ int openOutputStream(const std::string& path)
                         "program: `kvx render FILE - | PROGRAM`",
                         isStandard ? "standard output" : path));
     return file.release();
+}
+
+int writeAll(int file, const char* bytes, std::size_t count, const std::function<bool()>& isStopped)
+{
+    while (count > 0) {
+        const ssize_t written = write(file, bytes, count);
+        if (written < 0 && errno != EINTR) return errno;
+        if (written > 0) {
+            bytes += written;
+            count -= static_cast<std::size_t>(written);
+        }
+        if (count > 0 && isStopped()) return EINTR;
+    }
+    return 0;
 }
 
 SpooledInputs::~SpooledInputs()
@@ -155,7 +156,9 @@ void SpooledInputs::copy(const std::string& path)
     if (out.number() < 0) throw cannotKeep(name, errno);
     std::vector<char> bytes(1 << 16);
     while (const std::size_t got = readSome(in.number(), bytes, name))
-        if (const int error = writeAll(out.number(), bytes.data(), got)) throw cannotKeep(name, error);
+        if (const int error = writeAll(out.number(), bytes.data(), got, isStopped_);
+            error != 0 && !isStopped_())
+            throw cannotKeep(name, error);
     copies_[path] = copied;
 }
 

@@ -22,10 +22,14 @@ bool isOutputStream(const std::string& path);
 /// Whether a result at `path` goes to standard output, where messages would be between the samples.
 bool isStandardOutput(const std::string& path);
 
-/// Open standard output or the pipe or device at `path` for a result.
-/// Returns  a file descriptor that belongs to the caller.
-/// Errors   throws Failure, also if `path` is a terminal.
-int openOutputStream(const std::string& path);
+/// Open standard output or the pipe or device at `path` for a result. `isStopped` returns whether a signal
+/// has ended the command. Returns  a file descriptor that belongs to the caller. Errors   throws Failure,
+/// also if `path` is a terminal, and after a signal without a reader of the pipe.
+int openOutputStream(const std::string& path, const std::function<bool()>& isStopped);
+
+/// Write all bytes. A write that a signal interrupts continues, unless `isStopped` returns true.
+/// Returns  0 or a value of errno; EINTR if the signal has ended the command.
+int writeAll(int file, const char* bytes, std::size_t count, const std::function<bool()>& isStopped);
 
 /// Copies standard input and pipes into temporary files, because the library opens files by path, and reads
 /// them more than once. Messages name the inputs and not the copies.

@@ -232,7 +232,7 @@ bool renderFile(host::Host& host, const RenderOptions& options, const PlaylistFi
     const int deviceChannels = deviceChannelsOf(options, channels);
     checkAgainstFile(options.player, file, channels, deviceChannels);
     checkFormat(result.format, nameOf(result), rate, deviceChannels);
-    Result out(result, rate, deviceChannels);
+    Result out(result, rate, deviceChannels, isInterrupted);
 
     // A loop jumps at the end of a slice, so it keeps the usual slices.
     const RenderDevice device(rate, deviceChannels, options.player.loop ? 0 : longSlice);
@@ -257,6 +257,18 @@ bool renderFile(host::Host& host, const RenderOptions& options, const PlaylistFi
     return true;
 }
 
+/// As renderFile(). A signal that ends the wait for the reader of a stream is no error.
+bool renderUntilSignal(host::Host& host, const RenderOptions& options, const PlaylistFile& file,
+                       Progress& progress)
+{
+    try {
+        return renderFile(host, options, file, progress);
+    } catch (const Failure&) {
+        if (!isInterrupted() || !isOutputStream(options.result.path)) throw;
+        return false;
+    }
+}
+
 } // namespace
 
 int render(const RenderOptions& options)
@@ -279,7 +291,7 @@ int render(const RenderOptions& options)
 
     Library library(options.library);
     warnOfMissingParts(playlist, progress);
-    if (!renderFile(library.host(), options, file, progress)) {
+    if (!renderUntilSignal(library.host(), options, file, progress)) {
         progress.leaveLine();
         progress.say(isOutputStream(to) ? "Stopped; the result is cut short."
                                         : "Stopped; nothing was written.");
