@@ -1,11 +1,11 @@
 #include "host/kvx/problem_report.h"
 
 #include "host/kvx/devices/output_device.h"
-#include "host/kvx/files/file_details.h"
+#include "host/kvx/files/sound_list.h"
 #include "host/kvx/text/shell_text.h"
 #include "host/kvx/text/terminal_text.h"
 
-#include <fmt/core.h>
+#include <fmt/format.h>
 
 #include <sys/utsname.h>
 
@@ -50,7 +50,7 @@ std::string problemReport(const std::string& version, int argumentCount, const c
     for (const KVXLibraryInfo& library : loadedLibraries())
         text +=
             line(library.name, fmt::format("{} {}", *library.version ? library.version : "-", library.path));
-    return text + line("file formats", readableFormats());
+    return text + line("file formats", fmt::format("{}", fmt::join(soundFileExtensions(), ", ")));
 }
 
 } // namespace kvx

@@ -3,7 +3,6 @@
 #include <sndfile.h>
 
 #include <memory>
-#include <set>
 
 namespace kvx {
 namespace {
@@ -53,22 +52,6 @@ FileDetails readFileDetails(const std::string& path)
         if (const char* text = sf_get_string(file.get(), each.string))
             details.tags.push_back({each.name, text});
     return details;
-}
-
-std::string readableFormats()
-{
-    int count = 0;
-    sf_command(nullptr, SFC_GET_FORMAT_MAJOR_COUNT, &count, sizeof count);
-    std::set<std::string> extensions; // several containers have one extension
-    for (int i = 0; i < count; ++i) {
-        SF_FORMAT_INFO info = {};
-        info.format = i;
-        sf_command(nullptr, SFC_GET_FORMAT_MAJOR, &info, sizeof info);
-        extensions.insert(info.extension);
-    }
-    std::string text;
-    for (const std::string& each : extensions) text += (text.empty() ? "" : ", ") + each;
-    return text;
 }
 
 } // namespace kvx

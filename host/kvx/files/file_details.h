@@ -1,4 +1,4 @@
-// Reads what a sound file states about itself: container, codec and tags; lists the readable containers.
+// Reads what a sound file states about itself: container, codec and tags.
 // All functions: [any].
 #pragma once
 
@@ -19,8 +19,5 @@ struct FileDetails {
 /// Read the details of a sound file.
 /// Errors  empty details if libsndfile cannot open the file.
 FileDetails readFileDetails(const std::string& path);
-
-/// List the containers that libsndfile reads, by their file extensions: "aiff, au, avr, ...".
-std::string readableFormats();
 
 } // namespace kvx
