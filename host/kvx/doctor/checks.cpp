@@ -27,6 +27,14 @@ std::string limitsAdvice(const SystemFacts& facts)
         facts.user);
 }
 
+/// The name of the JACK server that JACK_DEFAULT_SERVER requests; "" if the variable requests none.
+std::string requestedServer(const SystemFacts& facts)
+{
+    for (const Variable& variable : facts.variables)
+        if (variable.name == "JACK_DEFAULT_SERVER") return variable.value.value_or("");
+    return {};
+}
+
 void checkLibraries(const SystemFacts& facts, Checks& checks)
 {
     checks.push_back(facts.pluginError.empty()
@@ -49,8 +57,9 @@ void checkOutput(const SystemFacts& facts, Checks& checks)
         checks.push_back({"output", false, facts.outputError, ""});
     else if (facts.isOutputFallback)
         checks.push_back({"output", false, "no sound hardware opens, so nothing is audible",
-                          "connect a sound card, or start a server with `jackd -d alsa`; `kvx play --device "
-                          "simulated` plays without hardware"});
+                          std::string(facts.cards.empty() ? "connect a sound card"
+                                                          : "start a server with `jackd -d alsa`") +
+                              "; `kvx play --device simulated` plays without hardware"});
     else
         checks.push_back({"output", true, fmt::format("`kvx play` plays to {}", facts.output->name), ""});
 }
@@ -71,19 +80,19 @@ void checkDevices(const SystemFacts& facts, Checks& checks)
 
 void checkJack(const SystemFacts& facts, Checks& checks)
 {
-    std::string requested;
-    for (const Variable& variable : facts.variables)
-        if (variable.name == "JACK_DEFAULT_SERVER") requested = variable.value.value_or("");
+    const std::string requested = requestedServer(facts);
     if (facts.isJackRunning)
         checks.push_back({"JACK server", true, "is running", ""});
     else if (!facts.isHardwareRead)
         checks.push_back(
-            {"JACK server", true, "was not searched for, because the sound system is closed", ""});
+            {"JACK server", true, "was not searched for, because KVX_AUDIO_DEVICE is simulated", ""});
     else if (!requested.empty())
         checks.push_back(
             {"JACK server", false,
              fmt::format("JACK_DEFAULT_SERVER is set, but no server {} runs", requested),
-             fmt::format("start it with `jackd -n {} -d alsa`, or unset the variable", requested)});
+             facts.cards.empty()
+                 ? "unset the variable"
+                 : fmt::format("start it with `jackd -n {} -d alsa`, or unset the variable", requested)});
     else
         checks.push_back({"JACK server", true, "is not running", ""});
 }
@@ -110,34 +119,33 @@ void checkVariables(const SystemFacts& facts, Checks& checks)
 
 void checkLimits(const SystemFacts& facts, Checks& checks)
 {
-    if (facts.isRealTimeAllowed)
-        checks.push_back({"real time", true,
-                          fmt::format("SCHED_FIFO of priority {} is allowed (RLIMIT_RTPRIO {})",
-                                      triedPriority, facts.priorityLimit),
-                          ""});
-    else
-        checks.push_back({"real time", false,
-                          fmt::format("SCHED_FIFO of priority {} is refused (RLIMIT_RTPRIO {}), so a busy "
-                                      "machine may cause gaps",
-                                      triedPriority, facts.priorityLimit),
-                          limitsAdvice(facts)});
+    // Only clients of JACK need real-time priority and locked memory; other playback needs neither.
+    const bool isNeeded = facts.isJackRunning || !requestedServer(facts).empty();
+    const auto add = [&](const char* subject, bool isAllowed, const std::string& finding) {
+        const bool isGood = isAllowed || !isNeeded;
+        checks.push_back({subject, isGood, finding, isGood ? "" : limitsAdvice(facts)});
+    };
+    const char* const effect = isNeeded ? ", so a busy machine may cause gaps" : "; only JACK needs it";
+    add("real time", facts.isRealTimeAllowed,
+        fmt::format("SCHED_FIFO of priority {} is {} (RLIMIT_RTPRIO {}){}", triedPriority,
+                    facts.isRealTimeAllowed ? "allowed" : "refused", facts.priorityLimit,
+                    facts.isRealTimeAllowed ? "" : effect));
 
     const std::string limit = facts.lockedBytesLimit == std::numeric_limits<std::uint64_t>::max()
                                   ? "unlimited"
                                   : fmt::format("{} MiB", facts.lockedBytesLimit / mebibyte);
-    if (facts.lockedBytesLimit >= leastLockedBytes)
-        checks.push_back({"locked memory", true, fmt::format("{} (RLIMIT_MEMLOCK)", limit), ""});
-    else
-        checks.push_back({"locked memory", false,
-                          fmt::format("{} (RLIMIT_MEMLOCK), too little for a client of JACK", limit),
-                          limitsAdvice(facts)});
+    const bool isEnough = facts.lockedBytesLimit >= leastLockedBytes;
+    add("locked memory", isEnough,
+        fmt::format("{} (RLIMIT_MEMLOCK){}", limit, isEnough ? "" : ", too little for a client of JACK"));
 }
 
 void checkCards(const SystemFacts& facts, Checks& checks)
 {
     const std::string group =
         fmt::format("{} is {}in the group audio", facts.user, facts.isInAudioGroup ? "" : "not ");
-    if (facts.cards.empty()) checks.push_back({"sound cards", true, "none in /dev/snd; " + group, ""});
+    if (facts.cards.empty())
+        checks.push_back({"sound cards", canPlay(facts), "none in /dev/snd; " + group,
+                          canPlay(facts) ? "" : "connect a sound card"});
     for (const std::string& card : facts.cards) {
         const bool isClosed = std::count(facts.closedCards.begin(), facts.closedCards.end(), card) > 0;
         if (isClosed)

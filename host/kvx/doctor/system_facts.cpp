@@ -78,11 +78,10 @@ void readServers(SystemFacts& facts)
     const KVXLibraryInfo* const alsa = findLibrary(facts, "ALSA");
     const fs::path plugins = fs::path(alsa ? alsa->path : "").parent_path() / "alsa-lib";
     std::error_code ignored;
-    bool hasPlugin = false;
-    for (const auto& each : serversOfUsers) hasPlugin |= fs::exists(plugins / each.plugin, ignored);
     for (const auto& each : serversOfUsers)
         facts.servers.push_back({each.name, each.package,
-                                 !runTime.empty() && fs::exists(runTime / each.socket, ignored), hasPlugin});
+                                 !runTime.empty() && fs::exists(runTime / each.socket, ignored),
+                                 fs::exists(plugins / each.plugin, ignored)});
 }
 
 bool tryRealTime()

@@ -17,7 +17,7 @@ struct ServerOfUser {
     std::string name;
     std::string package;      ///< name of the Debian package with the plug-in of ALSA
     bool isRunning = false;   ///< whether the socket of the server exists
-    bool isReachable = false; ///< whether ALSA has a plug-in for this or for another server of this kind
+    bool isReachable = false; ///< whether ALSA has the plug-in for this server
 };
 
 /// An environment variable that changes the devices; no value: not set.

@@ -118,10 +118,27 @@ TEST(Checks, NameEachProblemAndWhatHelps)
              f.output = device("Simulated Device", "simulated", true);
              f.isOutputFallback = true;
          },
-         "problem  output                no sound hardware opens, so nothing is audible; connect a sound "
-         "card, or "
-         "start a server with `jackd -d alsa`; `kvx play --device simulated` plays without hardware\n",
+         "problem  output                no sound hardware opens, so nothing is audible; start a server "
+         "with `jackd -d alsa`; `kvx play --device simulated` plays without hardware\n",
          false},
+        {[](SystemFacts& f) {
+             f.output = device("Simulated Device", "simulated", true);
+             f.isOutputFallback = true;
+             f.cards.clear();
+         },
+         "problem  output                no sound hardware opens, so nothing is audible; connect a sound "
+         "card; `kvx play --device simulated` plays without hardware\n"
+         "problem  sound cards           none in /dev/snd; ann is in the group audio; connect a sound card\n",
+         false},
+        {[](SystemFacts& f) {
+             f.variables = {{"JACK_DEFAULT_SERVER", "studio"}};
+             f.cards.clear();
+         },
+         "problem  JACK server           JACK_DEFAULT_SERVER is set, but no server studio runs; unset the "
+         "variable\n"
+         "ok       JACK_DEFAULT_SERVER   \"studio\"\n"
+         "ok       sound cards           none in /dev/snd; ann is in the group audio\n",
+         true},
         {[](SystemFacts& f) { f.output->isAlive = f.devices.front().isAlive = 0; },
          "problem  device 0              Speakers (ALSA): 48000 Hz, 2 out, 0 in; disconnected; connect the "
          "device "
@@ -142,15 +159,23 @@ TEST(Checks, NameEachProblemAndWhatHelps)
              ARCHITECTURE + "`\n",
          true},
         {[](SystemFacts& f) {
+             f.isJackRunning = true;
              f.isRealTimeAllowed = false;
              f.priorityLimit = 9;
          },
+         "ok       JACK server           is running\n"
          "problem  real time             SCHED_FIFO of priority 10 is refused (RLIMIT_RTPRIO 9), so a busy "
          "machine "
          "may cause gaps" +
              limits,
          true},
-        {[](SystemFacts& f) { f.lockedBytesLimit = (128 << 20) - 1; },
+        {[](SystemFacts& f) {
+             f.variables = {{"JACK_DEFAULT_SERVER", "studio"}};
+             f.isJackRunning = true;
+             f.lockedBytesLimit = (128 << 20) - 1;
+         },
+         "ok       JACK server           is running\n"
+         "ok       JACK_DEFAULT_SERVER   \"studio\"\n"
          "problem  locked memory         127 MiB (RLIMIT_MEMLOCK), too little for a client of JACK" + limits,
          true},
         {[](SystemFacts& f) {
@@ -183,11 +208,16 @@ TEST(Checks, AcceptASystemThatNeedsNoHardware)
              f.isHardwareRead = false;
              f.variables = {{"JACK_DEFAULT_SERVER", "studio"}};
          },
-         "ok       JACK server           was not searched for, because the sound system is closed\n"
+         "ok       JACK server           was not searched for, because KVX_AUDIO_DEVICE is simulated\n"
          "ok       JACK_DEFAULT_SERVER   \"studio\"\n"},
         {[](SystemFacts& f) { f.isJackRunning = true; }, "ok       JACK server           is running\n"},
         {[](SystemFacts& f) { f.cards.clear(); },
          "ok       sound cards           none in /dev/snd; ann is in the group audio\n"},
+        {[](SystemFacts& f) { f.isRealTimeAllowed = false; },
+         "ok       real time             SCHED_FIFO of priority 10 is refused (RLIMIT_RTPRIO 95); only JACK "
+         "needs it\n"},
+        {[](SystemFacts& f) { f.lockedBytesLimit = (128 << 20) - 1; },
+         "ok       locked memory         127 MiB (RLIMIT_MEMLOCK), too little for a client of JACK\n"},
         {[](SystemFacts& f) { f.lockedBytesLimit = 128 << 20; },
          "ok       locked memory         128 MiB (RLIMIT_MEMLOCK)\n"},
     };
