@@ -9,9 +9,23 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Return the repository paths in a document: link targets, and inline code that has the form of a path.
-std::vector<std::string> pathsIn(const std::string& text)
+/// Return a document without its fenced code blocks, which may contain text that looks like a link.
+std::string withoutCodeBlocks(const std::string& document)
 {
+    std::string text;
+    bool isInside = false;
+    for (const std::string& line : rules::lines(document)) {
+        const bool isFence = line.rfind("```", 0) == 0;
+        if (!isInside && !isFence) text += line + "\n";
+        isInside = isInside != isFence;
+    }
+    return text;
+}
+
+/// Return the repository paths in a document: link targets, and inline code that has the form of a path.
+std::vector<std::string> pathsIn(const std::string& document)
+{
+    const std::string text = withoutCodeBlocks(document);
     std::vector<std::string> paths;
     static const std::regex link("\\]\\(([^)#]+)(#[^)]*)?\\)");
     for (std::sregex_iterator each(text.begin(), text.end(), link), end; each != end; ++each)
@@ -68,6 +82,7 @@ TEST(Documentation, IsSearchedForLinksAndInlineCode)
         (std::vector<std::string>{"docs/guide.md", "host/kvx/", "word.h"}));
     EXPECT_FALSE(exists("README.md", "no/such/file.cpp"));
     EXPECT_TRUE(pathsIn("[elsewhere](https://example.org/x)").empty());
+    EXPECT_EQ(pathsIn("```cpp\n[player](int) {}\n```\n[a](b.md)"), (std::vector<std::string>{"b.md"}));
 }
 
 } // namespace
