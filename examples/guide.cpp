@@ -122,7 +122,8 @@ int main(int count, char** arguments)
         practise(player, 0.1, 0.2);
         doEvents(0.5);
         std::printf("%s\n", player.get("Looping").boolean() ? "loops" : "does not loop");
-    } catch (const host::HostException& error) { // an exception of the plug-in, such as a path without a folder
+    } catch (
+        const host::HostException& error) { // an exception of the plug-in, such as a path without a folder
         std::printf("%s: %s\n", error.className().c_str(), error.message().c_str());
         return 1;
     } catch (const std::exception& error) { // such as a library that cannot be loaded

@@ -79,6 +79,20 @@ TEST_F(Reference, DescribesEachMemberUnderItsName)
         }
 }
 
+TEST_F(Reference, StatesErrorsAndExceptionsInEachSection)
+{
+    for (const host::ClassInfo* info : classes)
+        for (const MemberEntry& entry : memberEntries(readDocument(pageOf(*info)))) {
+            if (entry.heading.empty()) continue;
+            const bool hasErrors = info->name == "AUPlayerKVX" || info->name == "CoreAudioKVX";
+            const bool hasExceptions = hasErrors || info->name == "CoreAudioPlayerKVX";
+            EXPECT_TRUE(!hasErrors || entry.prose.find("- `Lasterror`: ") != std::string::npos)
+                << entry.heading;
+            EXPECT_TRUE(!hasExceptions || entry.prose.find("- Exceptions") != std::string::npos)
+                << entry.heading << "; the other pages state at the top that there are none";
+        }
+}
+
 TEST_F(Reference, ShowsEachMemberInBasicThatTheTablesAccept)
 {
     for (const host::ClassInfo* info : classes) {
