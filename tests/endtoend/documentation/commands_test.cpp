@@ -25,8 +25,8 @@ const struct {
 
 bool startsWith(const std::string& text, const std::string& prefix) { return text.rfind(prefix, 0) == 0; }
 
-/// The commands in a document: the lines of code blocks "sh" without their remarks, and inline code that begins
-/// like a command.
+/// The commands in a document: the lines of code blocks "sh" without their remarks, and inline code that
+/// begins like a command.
 std::set<std::string> commandsIn(const std::string& document)
 {
     std::set<std::string> commands;
@@ -38,7 +38,8 @@ std::set<std::string> commandsIn(const std::string& document)
         for (std::string line; std::getline(lines, line);)
             commands.insert(std::regex_replace(line, std::regex(" +(#.*)?$"), ""));
     }
-    static const std::regex code("`((kvx|cmake|ctest) [^`]+|(\\./(run|check)|scripts/[a-z-]+|build/i386/examples/)[^`]*)`");
+    static const std::regex code(
+        "`((kvx|cmake|ctest) [^`]+|(\\./(run|check)|scripts/[a-z-]+|build/i386/examples/)[^`]*)`");
     for (std::sregex_iterator each(text.begin(), text.end(), code), end; each != end; ++each)
         commands.insert((*each)[1]);
     commands.erase("");
@@ -46,8 +47,9 @@ std::set<std::string> commandsIn(const std::string& document)
 }
 
 // Commands in a sentence, without the arguments that they need. The test requests their help.
-const std::set<std::string> mentions = {"kvx get",    "kvx set",         "kvx play",           "kvx play --buffered",
-                                        "kvx render", "kvx play --fast", "kvx soundstream"};
+const std::set<std::string> mentions = {
+    "kvx get",    "kvx set",         "kvx play",       "kvx play --buffered",
+    "kvx render", "kvx play --fast", "kvx soundstream"};
 
 // The texts that replace the placeholders of commands.
 const std::pair<std::regex, const char*> arguments[] = {
@@ -100,8 +102,10 @@ TEST(ShownCommands, BuildTargetsThatExist)
 
 TEST(ShownCommands, AreFoundInBlocksAndInlineCode)
 {
-    EXPECT_EQ(commandsIn("```sh\n./run   # plays\n```\nSee `kvx play FILE…`, `kvx`, `scripts/build i386 x` and `a`."),
-              (std::set<std::string>{"./run", "kvx play FILE…", "scripts/build i386 x"}));
+    EXPECT_EQ(
+        commandsIn(
+            "```sh\n./run   # plays\n```\nSee `kvx play FILE…`, `kvx`, `scripts/build i386 x` and `a`."),
+        (std::set<std::string>{"./run", "kvx play FILE…", "scripts/build i386 x"}));
     EXPECT_EQ(runnable("kvx play FILE…"), "kvx play --fast song.wav");
     EXPECT_EQ(runnable("kvx render FILE OUT.flac"), "kvx render song.wav out.flac");
     EXPECT_EQ(runnable("kvx get"), "kvx get --help");
