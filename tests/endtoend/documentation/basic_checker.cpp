@@ -110,7 +110,7 @@ struct Operand {
 
 bool fits(const Type& type, const Operand& operand)
 {
-    if (operand.isNil) return type.isReference();
+    if (operand.isNil) return type.isReference() && (type.isArray || type.base != Base::string);
     if (type.base == Base::variant && !type.isArray) return !operand.type.isVoid();
     if (operand.type.base == Base::variant && !operand.type.isArray) return !type.isArray;
     return type == operand.type || (type.isNumber() && operand.type.isNumber());

@@ -187,6 +187,7 @@ TEST_F(BasicCheck, RefusesFaultyLines)
         {"player.Speed = 2", "there is no member or function Speed"},
         {"player.TrackLength = 2", "the left side of = cannot be assigned"},
         {"player.Playing = 1", "Boolean cannot hold Integer"},
+        {"Dim text As String = Nil", "String cannot hold Nil"},
         {"player.Play = True", "the left side of = cannot be assigned"},
         {"player.Pan", "a statement needs a method without a result, an assignment, or Call"},
         {"player.LoadFile(file)", "a statement needs a method without a result, an assignment, or Call"},
