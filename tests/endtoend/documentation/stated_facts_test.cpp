@@ -5,6 +5,8 @@
 #include "tests/support/temporary_folder.h"
 
 #include <cmath>
+#include <regex>
+#include <set>
 
 namespace {
 
@@ -120,6 +122,61 @@ TEST_F(StatedFacts, HoldForFormatsAndChannels)
     EXPECT_TRUE(another.call("LoadFile", host::FolderItem::at(folder / "x.wav")).boolean());
     another.set("CurrentDeviceID", another.get("DefaultDeviceID"));
     EXPECT_EQ(errorOf(another), -10865);
+}
+
+TEST_F(StatedFacts, HoldForTheBufferedPlayer)
+{
+    const Object buffered = loaded.host.create("CoreAudioPlayerKVX");
+    const auto block = host::MemoryBlock::ofSize(64);
+    const auto adds = [&](int bits) { return buffered.call("AddAudio", block, 0, 64, bits, true).boolean(); };
+    const std::string page = readDocument("docs/reference/CoreAudioPlayerKVX.md");
+    int count = 0;
+    for (int bits = 0; bits < 70; ++bits) {
+        const std::string row = "\n| " + std::to_string(bits) + (bits == 16 ? " (default) |" : " |");
+        const bool isStated = page.find(row) != page.npos;
+        count += isStated;
+        EXPECT_EQ(adds(bits), isStated) << bits;
+    }
+    EXPECT_EQ(count, 7);
+    EXPECT_EQ(buffered.call("FreeSpace").integer(), 199) << "each call removed the waiting buffer";
+
+    EXPECT_FALSE(buffered.call("AddFloatAudio", nullptr).boolean());
+    const struct {
+        const char* property;
+        double initial, refused;
+    } facts[] = {{"SampleRate", 44100, 0.5}, {"NumberOfChannels", 1, 3}};
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(fact.property);
+        EXPECT_EQ(buffered.get(fact.property).number(), fact.initial);
+        buffered.set(fact.property, fact.refused);
+        EXPECT_FALSE(adds(16));
+        EXPECT_TRUE(buffered.call("AddFloatAudio", block).boolean()) << "not checked for floats";
+        buffered.set(fact.property, fact.initial);
+    }
+    buffered.set("OutputDeviceID", 999);
+    EXPECT_FALSE(buffered.call("Start").boolean());
+    EXPECT_FALSE(buffered.get("IsRunning").boolean());
+}
+
+TEST_F(StatedFacts, QuoteMessagesOfThePlugIn)
+{
+    std::string sources;
+    for (const char* file : {"auplayer/loading.cpp", "auplayer/devices.cpp", "auplayer/channel_map.cpp",
+                             "auplayer/unit_parameters.cpp", "player/ingestion.cpp",
+                             "coreaudio/audio_object.cpp", "plugin/memory_block.cpp"})
+        sources += readDocument(file);
+    static const std::regex quoted("`(\\w+Exception)`\\s+\"([^\"]+)\"");
+    std::set<std::string> messages;
+    for (const host::ClassInfo* info : loaded.host.pluginClasses()) {
+        const std::string page = readDocument("docs/reference/" + info->name + ".md");
+        for (std::sregex_iterator each(page.begin(), page.end(), quoted), end; each != end; ++each) {
+            std::string message = std::regex_replace((*each)[2].str(), std::regex("\\s+"), " ");
+            message = std::regex_replace(message, std::regex("…"), "%lld");
+            messages.insert(message);
+            EXPECT_NE(sources.find("\"" + message + "\""), sources.npos) << info->name << ": " << message;
+        }
+    }
+    EXPECT_EQ(messages.size(), 10u);
 }
 
 TEST_F(StatedFacts, HoldForUnknownObjects)
