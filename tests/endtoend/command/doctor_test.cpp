@@ -76,7 +76,8 @@ TEST(KvxDoctor, TriesRealTimeSchedulingAndReadsTheLimits)
     Arguments command = {"prlimit", "--rtprio=0", "--memlock=1048576"};
     if (geteuid() == 0)
         command = joined(command, {"setpriv", "--bounding-set", "-sys_nice", "--inh-caps", "-sys_nice"});
-    const auto result = support::runChild(joined(command, kvxCommand({"doctor"})), {{"JACK_DEFAULT_SERVER", "studio"}});
+    const auto result =
+        support::runChild(joined(command, kvxCommand({"doctor"})), {{"JACK_DEFAULT_SERVER", "studio"}});
     EXPECT_EQ(result.exitCode, 0) << "limits do not prevent playback: " << result.err;
     EXPECT_EQ(
         lineOf(result, "real time")

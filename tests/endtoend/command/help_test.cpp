@@ -242,7 +242,8 @@ TEST_F(KvxHelp, VerbosePrintsWhatAReportNeeds)
           "\n  system         Linux ", "\n  host version   2013.03\n",
           "\n  library        " KVX_BINARY_DIR "/KVXAudio.so\n",
           "\n  output device  Simulated Device (simulated), 44100 Hz, 2 channels, slices of 512 frames\n",
-          "\n  libsndfile     1.", "\n  PortAudio      19.", "\n  file formats   wav, wave, ", ", opus, mp3, "})
+          "\n  libsndfile     1.", "\n  PortAudio      19.", "\n  file formats   wav, wave, ",
+          ", opus, mp3, "})
         EXPECT_NE(verbose.err.find(part), std::string::npos) << part << verbose.err;
 }
 

@@ -176,7 +176,8 @@ TEST(Checks, NameEachProblemAndWhatHelps)
          },
          "ok       JACK server           is running\n"
          "ok       JACK_DEFAULT_SERVER   \"studio\"\n"
-         "problem  locked memory         127 MiB (RLIMIT_MEMLOCK), too little for a client of JACK" + limits,
+         "problem  locked memory         127 MiB (RLIMIT_MEMLOCK), too little for a client of JACK" +
+             limits,
          true},
         {[](SystemFacts& f) {
              f.closedCards = f.cards;
