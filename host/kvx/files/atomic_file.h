@@ -1,6 +1,6 @@
 // Atomic file replacement: a file is written to a temporary path, then renamed to the final path. If the
-// final path is a symbolic link, the file that the link names is replaced, and the link stays. All functions
-// except removeTemporaryFiles(): [main].
+// final path is a symbolic link, the file that the link names is replaced, and the link stays.
+// All functions except removeTemporaryFiles(): [main].
 #pragma once
 
 #include "host/kvx/text/failure.h"
@@ -21,7 +21,8 @@ void refuseToOverwrite(const std::vector<std::string>& inputs, const std::string
 std::string temporaryPathFor(const std::string& path);
 
 /// Rename the temporary file to `path`. A file that exists at `path` is replaced, and its permissions are
-/// kept. Errors  removes the temporary file and throws Failure.
+/// kept.
+/// Errors  removes the temporary file and throws Failure.
 void moveIntoPlace(const std::string& temporary, const std::string& path);
 
 /// Make the error that `path` cannot be written, with the next step. `error` is a value of errno.

@@ -11,9 +11,9 @@ namespace kvx {
 /// Rounds samples to 16, 24 or 32 bits. Samples above full scale are clipped, and NaN becomes 0.
 ///
 /// Dither starts at the first sample that is no multiple of the step, so sound that the integers can hold
-/// does not change. Equal samples make equal results. Source  Lipshitz, Wannamaker, Vanderkooy: "Quantization
-/// and Dither", 1992: triangular dither of one step to
-///         each side.
+/// does not change. Equal samples make equal results.
+/// Source  Lipshitz, Wannamaker, Vanderkooy: "Quantization and Dither", 1992: triangular
+///         dither of one step to each side.
 class Quantizer {
 public:
     Quantizer(int bits, bool isDithered);

@@ -32,7 +32,8 @@ int openOutputStream(const std::string& path, const std::function<bool()>& isSto
 int writeAll(int file, const char* bytes, std::size_t count, const std::function<bool()>& isStopped);
 
 /// Copies standard input and pipes into temporary files, because the library opens files by path, and reads
-/// them more than once. Messages name the inputs and not the copies.
+/// them more than once. Messages name the inputs and not the copies. A process that is killed leaves its
+/// copies.
 class SpooledInputs {
 public:
     /// `isStopped` returns whether a signal has ended the command.
