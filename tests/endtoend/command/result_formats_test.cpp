@@ -460,11 +460,16 @@ TEST_F(ResultFormats, AreReadByOtherTools)
     rendered({"in.wav", "24.wav", "--bits", "24"});
     support::writeSound(support::makeNoise(48000, 6, 4800), folder / "sound.wav");
     for (const char* name : {"six.wav", "six.flac", "six.ogg", "six.opus"}) rendered({"sound.wav", name});
+    std::string missing;
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.command);
-        if (shell("command -v " + std::string(fact.tool)).exitCode != 0) continue;
+        if (shell("command -v " + std::string(fact.tool)).exitCode != 0) {
+            missing += std::string(" ") + fact.tool;
+            continue;
+        }
         EXPECT_EQ(shell(fact.command).out, fact.output);
     }
+    if (!missing.empty()) GTEST_SKIP() << "not installed:" << missing;
 }
 
 } // namespace

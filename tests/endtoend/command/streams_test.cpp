@@ -267,6 +267,8 @@ TEST_F(Streams, OfTwoCommandsJoin)
     expectSamples(support::readSound(folder / "out.wav").samples, sound.samples);
 }
 
+// The lengths in the header are 0xFFFFFFFF, because the length of a stream is unknown when its header is
+// written. sox warns of a premature end and reads all samples, so its warnings are dropped.
 TEST_F(Streams, AreReadByOtherTools)
 {
     const struct {
@@ -277,12 +279,17 @@ TEST_F(Streams, AreReadByOtherTools)
         {"ffprobe", "ffprobe -v error -show_entries stream=codec_name,sample_rate,channels -of csv -",
          "stream,pcm_f32le,44100,2\n"},
     };
+    std::string missing;
     for (const auto& fact : facts) {
         SCOPED_TRACE(fact.command);
-        if (shell("command -v " + std::string(fact.tool)).exitCode != 0) continue;
+        if (shell("command -v " + std::string(fact.tool)).exitCode != 0) {
+            missing += std::string(" ") + fact.tool;
+            continue;
+        }
         const auto result = shell("$kvx render in.wav - --quiet | " + std::string(fact.command));
         EXPECT_EQ(result.out, fact.output) << result.err;
     }
+    if (!missing.empty()) GTEST_SKIP() << "not installed:" << missing;
 }
 
 TEST_F(Streams, WithoutAReaderFailWithAMessage)
