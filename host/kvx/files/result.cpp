@@ -106,6 +106,7 @@ bool Result::finish(const std::function<bool(double part)>& mayContinue)
 
 std::string Result::levelNote(double volume) const
 {
+    if (!std::isfinite(peak_)) return "The sound has infinite samples, which no gain avoids.";
     if (store_)
         return gain() == 1 ? ""
                            : fmt::format("Normalized by {:+.1f} dB (a factor of {:.3f}).",
@@ -114,9 +115,12 @@ std::string Result::levelNote(double volume) const
     const double highest = volume / double{peak_};
     const double unit = std::pow(10.0, std::floor(std::log10(highest)) - 2); // the message shows three digits
     const double lower = std::floor(highest / unit) * unit;
-    return fmt::format(
-        "The peak is {:+.1f} dB, {:.3f} times full scale{}: `--volume {:.3g}` or `--normalize` avoids this.",
-        decibelsOf(double{peak_}), peak_, format_.bits > 0 ? ", and clipped" : "", lower);
+    const char* const effect = format_.bits > 0   ? "and clipped"
+                               : isExact(format_) ? "which 32-bit float keeps and players clip"
+                                                  : "which players clip";
+    return fmt::format("The peak is {:+.1f} dB, {:.3f} times full scale, {}: `--volume {:.3g}` or "
+                       "`--normalize` avoids this.",
+                       decibelsOf(double{peak_}), peak_, effect, lower);
 }
 
 } // namespace kvx

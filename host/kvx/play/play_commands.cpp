@@ -88,7 +88,8 @@ OptionGroup resultOptions(ResultOptions& result)
          "Round to 16, 24 or 32 bits without dither; samples that fit exactly are never dithered",
          "", "", "--bits 16 --no-dither"},
         {"--normalize", "", flag(result.isNormalized),
-         "Scale the result so that its highest peak is full scale, 0 dB", "", "", "--normalize"},
+         "Scale the result so that its highest peak is full scale, 0 dB; decoded MP3, Ogg Vorbis and Opus can exceed it "
+         "slightly", "", "", "--normalize"},
     }};
 }
 

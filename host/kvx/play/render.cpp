@@ -212,13 +212,11 @@ bool finish(Result& out, double seconds, Progress& progress)
     return isWhole;
 }
 
-/// Format the last line: the result, and its format unless this is the usual WAV.
+/// Format the last line: the result and its format.
 std::string formatResult(const ResultOptions& result, int rate, int channels, std::uint64_t frames)
 {
-    const std::string format = formatName(result.format);
-    return fmt::format("Rendered {}: {}{} Hz, {}, {}", nameOf(result),
-                       format == "WAV, 32-bit float" ? "" : format + ", ", rate, formatChannels(channels),
-                       formatTime(static_cast<double>(frames) / rate));
+    return fmt::format("Rendered {}: {}, {} Hz, {}, {}", nameOf(result), formatName(result.format), rate,
+                       formatChannels(channels), formatTime(static_cast<double>(frames) / rate));
 }
 
 /// Render the file.

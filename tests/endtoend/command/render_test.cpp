@@ -283,7 +283,7 @@ TEST_F(Render, PanAndChannelMapTreatMonoAsStereo)
 TEST_F(Render, PrintsTheResultUnlessQuiet)
 {
     support::writeSound(support::makeNoise(8000, 1, 8000), folder / "in.wav");
-    EXPECT_EQ(run("in.wav", "out.wav").out, "Rendered out.wav: 8000 Hz, mono, 0:01.0\n");
+    EXPECT_EQ(run("in.wav", "out.wav").out, "Rendered out.wav: WAV, 32-bit float, 8000 Hz, mono, 0:01.0\n");
     EXPECT_EQ(run("in.wav", "out.wav", {"--quiet"}).out, "");
     EXPECT_EQ(folder.count(), 2u);
 }

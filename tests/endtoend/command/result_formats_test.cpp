@@ -84,13 +84,13 @@ TEST_F(ResultFormats, FollowTheExtensionAndTheOptions)
         int format, rate;
         const char* printed;
     } facts[] = {
-        {"out.wav", {}, wav | isFloat, 44100, ""},
-        {"out.WAV", {}, wav | isFloat, 44100, ""},
+        {"out.wav", {}, wav | isFloat, 44100, "WAV, 32-bit float, "},
+        {"out.WAV", {}, wav | isFloat, 44100, "WAV, 32-bit float, "},
         {"out.wave", {"--bits", "16"}, wav | is16, 44100, "WAV, 16 bits, "},
         {"out.wav", {"--bits", "24"}, wavex | is24, 44100, "WAV, 24 bits, "},
         {"out.wav", {"--bits", "32"}, wavex | is32, 44100, "WAV, 32 bits, "},
-        {"out.wav", {"--bits", "float"}, wav | isFloat, 44100, ""},
-        {"out", {}, wav | isFloat, 44100, ""},
+        {"out.wav", {"--bits", "float"}, wav | isFloat, 44100, "WAV, 32-bit float, "},
+        {"out", {}, wav | isFloat, 44100, "WAV, 32-bit float, "},
         {"out", {"--format", "flac"}, flac | is24, 44100, "FLAC, 24 bits, "},
         {"out.xyz", {"--format", "aiff"}, aiff | isFloat, 44100, "AIFF, 32-bit float, "},
         {"out.aiff", {}, aiff | isFloat, 44100, "AIFF, 32-bit float, "},
@@ -307,22 +307,29 @@ TEST_F(ResultFormats, PeakAboveFullScaleIsReportedWithTheOptionsThatAvoidIt)
     EXPECT_EQ(*std::min_element(clipped.samples.begin(), clipped.samples.end()), -1.0f);
 
     EXPECT_EQ(rendered({"loud.wav", "out.wav"}),
-              rendering +
-                  "44100 Hz, stereo, 0:01.0\n"
-                  "  The peak is +3.5 dB, 1.500 times full scale: `--volume 0.666` or `--normalize` avoids "
-                  "this.\n");
+              rendering + "WAV, 32-bit float, 44100 Hz, stereo, 0:01.0\n"
+                          "  The peak is +3.5 dB, 1.500 times full scale, which 32-bit float keeps and "
+                          "players clip: `--volume 0.666` or `--normalize` avoids "
+                          "this.\n");
     EXPECT_EQ(peakOf(support::readSound(folder / "out.wav")), 1.5f);
     EXPECT_NE(rendered({"loud.wav", "out.wav", "--volume", "0.8"}).find("`--volume 0.666`"),
               std::string::npos);
     EXPECT_EQ(rendered({"loud.wav", "out.wav", "--volume", "0.666"}),
-              rendering + "44100 Hz, stereo, 0:01.0\n");
+              rendering + "WAV, 32-bit float, 44100 Hz, stereo, 0:01.0\n");
     EXPECT_EQ(rendered({"loud.wav", "out.wav", "--bits", "16", "--quiet"}), "");
     support::writeSound({44100, 1, {5000.0f, -1.0f}}, folder / "loud.wav");
     EXPECT_EQ(rendered({"loud.wav", "out.wav"}),
-              rendering +
-                  "44100 Hz, mono, 0:00.0\n"
-                  "  The peak is +74.0 dB, 5000.000 times full scale: `--volume 0.0002` or `--normalize` "
-                  "avoids this.\n");
+              rendering + "WAV, 32-bit float, 44100 Hz, mono, 0:00.0\n"
+                          "  The peak is +74.0 dB, 5000.000 times full scale, which 32-bit float keeps and "
+                          "players clip: `--volume 0.0002` or `--normalize` "
+                          "avoids this.\n");
+    EXPECT_NE(rendered({"loud.wav", "out.ogg"}).find("5000.000 times full scale, which players clip: `"),
+              std::string::npos);
+    support::writeSound({44100, 1, {INFINITY, -1.0f}}, folder / "loud.wav");
+    for (const Arguments& more : {Arguments{}, Arguments{"--normalize"}})
+        EXPECT_EQ(rendered(joined({"loud.wav", "out.wav"}, more)),
+                  rendering + "WAV, 32-bit float, 44100 Hz, mono, 0:00.0\n"
+                              "  The sound has infinite samples, which no gain avoids.\n");
 }
 
 TEST_F(ResultFormats, NormalizedResultsPeakAtFullScale)
@@ -348,12 +355,13 @@ TEST_F(ResultFormats, NormalizedResultsPeakAtFullScale)
         EXPECT_NEAR(peakOf(support::readSound(folder / fact.name)), fact.peak, 1e-7);
     }
     EXPECT_EQ(rendered({"in.wav", "out.wav", "--normalize"}),
-              "Rendered out.wav: 44100 Hz, stereo, 0:01.0\n  Normalized by +6.0 dB (a factor of 2.000).\n");
+              "Rendered out.wav: WAV, 32-bit float, 44100 Hz, stereo, 0:01.0\n  Normalized by +6.0 dB (a "
+              "factor of 2.000).\n");
     expectSamples(support::readSound(folder / "out.wav").samples, scaled(sweep, 2).samples);
 
     support::writeSound({44100, 2, std::vector<float>(2000)}, folder / "silence.wav");
     EXPECT_EQ(rendered({"silence.wav", "out.wav", "--normalize"}),
-              "Rendered out.wav: 44100 Hz, stereo, 0:00.0\n");
+              "Rendered out.wav: WAV, 32-bit float, 44100 Hz, stereo, 0:00.0\n");
     EXPECT_EQ(peakOf(support::readSound(folder / "out.wav")), 0);
 }
 

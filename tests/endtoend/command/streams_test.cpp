@@ -82,7 +82,7 @@ TEST_F(Streams, AreReadByEveryCommandThatPlays)
         {"play --info", "standard input\n  container     WAV (Microsoft)\n"},
         {"play --info --json", "\"path\": \"standard input\""},
         {"soundstream --fast", "Playing standard input: 44100 Hz, stereo, 0:01.0\n"},
-        {"render out.wav", "Rendered out.wav: 44100 Hz, stereo, 0:01.0\n"},
+        {"render out.wav", "Rendered out.wav: WAV, 32-bit float, 44100 Hz, stereo, 0:01.0\n"},
     };
     for (const auto& fact : facts) {
         std::string command = fact.command;
@@ -223,7 +223,7 @@ TEST_F(Streams, ReceiveAWaveOfUnknownLength)
         const auto result = shell("$kvx render in.wav " + output);
         EXPECT_EQ(result.exitCode, 0);
         if (output.front() == '-') {
-            EXPECT_EQ(result.err, "Rendered standard output: 44100 Hz, stereo, 0:01.0\n");
+            EXPECT_EQ(result.err, "Rendered standard output: WAV, 32-bit float, 44100 Hz, stereo, 0:01.0\n");
             EXPECT_EQ(result.out, "");
         }
         while (fs::file_size(folder / "out.wav") < 58 + sound.samples.size() * sizeof(float))
@@ -315,7 +315,7 @@ TEST_F(Streams, WithoutAReaderFailWithAMessage)
         EXPECT_EQ(bytesOf(folder / "code"), "1\n");
     }
     const auto result = shell("$kvx render in.wav /dev/null");
-    EXPECT_EQ(result.out, "Rendered /dev/null: 44100 Hz, stereo, 0:01.0\n") << result.err;
+    EXPECT_EQ(result.out, "Rendered /dev/null: WAV, 32-bit float, 44100 Hz, stereo, 0:01.0\n") << result.err;
 }
 
 } // namespace
