@@ -9,6 +9,7 @@
 #include "host/kvx/command_line/shared_options.h"
 #include "host/kvx/doctor/doctor.h"
 #include "host/kvx/files/atomic_file.h"
+#include "host/kvx/files/output_format.h"
 #include "host/kvx/files/tune.h"
 #include "host/kvx/picture/picture_command.h"
 #include "host/kvx/play/play_commands.h"
@@ -203,6 +204,7 @@ Command tuneCommand()
         }},
         {"Output", {quietOption(options->isQuiet)}},
     };
+    command.check = [options] { refuseOtherThanWave(options->path, options->path); };
     command.run = [options] {
         writeTune(options->path);
         if (!options->isQuiet) fmt::print("{}\n", plainText(options->path));

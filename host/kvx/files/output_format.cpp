@@ -111,14 +111,27 @@ std::vector<std::string> namesOf(const Table& table)
     return names;
 }
 
-const FormatFacts& formatOfPath(const std::string& path)
+std::string extensionOf(const std::string& path)
 {
     std::string extension = std::filesystem::path(path).extension().string();
-    if (extension.empty() || isOutputStream(path)) return formats[0];
     std::transform(extension.begin(), extension.end(), extension.begin(),
                    [](unsigned char character) { return std::tolower(character); });
+    return extension;
+}
+
+/// The format of files with this extension in lower case; null if there is none.
+const FormatFacts* formatWithExtension(const std::string& extension)
+{
     for (const FormatFacts& each : formats)
-        if (std::count(each.extensions.begin(), each.extensions.end(), extension)) return each;
+        if (std::count(each.extensions.begin(), each.extensions.end(), extension)) return &each;
+    return nullptr;
+}
+
+const FormatFacts& formatOfPath(const std::string& path)
+{
+    const std::string extension = extensionOf(path);
+    if (extension.empty() || isOutputStream(path)) return formats[0];
+    if (const FormatFacts* const facts = formatWithExtension(extension)) return *facts;
     std::vector<std::string> usual;
     for (const FormatFacts& each : formats) usual.push_back(each.extensions.front());
     throw WrongUsage(fmt::format(
@@ -168,6 +181,14 @@ OutputFormat chooseFormat(const std::string& path, const FormatRequest& request)
                         path, facts.title, alternatives(streamable)));
     }
     return {&facts, bitsOf(facts, request.bits)};
+}
+
+void refuseOtherThanWave(const std::string& path, const std::string& argument)
+{
+    const FormatFacts* const facts = formatWithExtension(extensionOf(path));
+    if (facts && facts->type != SF_FORMAT_WAV)
+        throw WrongUsage(fmt::format("{}: the file is WAV and not {}; name a file that ends in .wav",
+                                     argument, facts->title));
 }
 
 int rateOfResult(const OutputFormat& format, int fileRate)

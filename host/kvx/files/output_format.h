@@ -27,6 +27,11 @@ struct OutputFormat {
 /// Errors  throws WrongUsage with the possible formats or bits.
 OutputFormat chooseFormat(const std::string& path, const FormatRequest& request);
 
+/// Check that the name of a file that is always WAV is not that of another format. `argument` is the argument
+/// in the message.
+/// Errors  throws WrongUsage.
+void refuseOtherThanWave(const std::string& path, const std::string& argument);
+
 /// The rate of a result for which the user requests no rate: `fileRate`, except for Opus.
 /// Units  Hz.
 int rateOfResult(const OutputFormat& format, int fileRate);

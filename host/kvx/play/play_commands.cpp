@@ -1,6 +1,7 @@
 #include "host/kvx/play/play_commands.h"
 
 #include "host/kvx/command_line/shared_options.h"
+#include "host/kvx/files/output_format.h"
 #include "host/kvx/play/buffered_play.h"
 #include "host/kvx/play/play.h"
 #include "host/kvx/terminal/keyboard.h"
@@ -11,6 +12,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 
 namespace kvx {
@@ -220,6 +222,10 @@ Command playCommand()
         checkCombination(line->player);
         if (line->files.empty() && !line->otherwise.empty()) line->files = {line->otherwise};
         requireArgument(!line->files.empty(), "FILE");
+        refuseOtherThanWave(line->capture, "--capture " + line->capture);
+        refuseOtherThanWave(line->keep, "--keep " + line->keep);
+        if (const std::filesystem::path kept = line->keep; kept.extension() == ".wav")
+            line->keep = kept.parent_path() / kept.stem();
         line->method = line->isBuffered ? PlayMethod::buffered : PlayMethod::file;
         line->gain = factorOf(line->gainDb);
     };
@@ -315,7 +321,10 @@ Command soundStreamCommand()
     command.library = &line->library;
     // clang-format on
     command.notes = {"Keys, on a terminal and without --fast: space pause, ? all keys, q quit.", byteOrders};
-    command.check = [line] { line->gain = factorOf(line->gainDb); };
+    command.check = [line] {
+        refuseOtherThanWave(line->capture, "--capture " + line->capture);
+        line->gain = factorOf(line->gainDb);
+    };
     command.run = [line] { return play(*line); };
     return command;
 }

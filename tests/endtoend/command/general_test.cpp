@@ -119,7 +119,7 @@ TEST_F(Kvx, PrintsNothingWithQuiet)
 TEST_F(Kvx, KeepWritesSoundAndWaveform)
 {
     ASSERT_EQ(run({"tune", "tune.wav"}).exitCode, 0);
-    const auto result = run({"play", "--fast", "--keep", "kept", "tune.wav"});
+    const auto result = run({"play", "--fast", "--keep", "kept.wav", "tune.wav"});
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_NE(result.out.find(folder / "kept.wav"), std::string::npos) << result.out;
     EXPECT_NE(result.out.find(folder / "kept.png"), std::string::npos) << result.out;
@@ -127,6 +127,30 @@ TEST_F(Kvx, KeepWritesSoundAndWaveform)
     const auto tune = support::readSound(folder / "tune.wav"), kept = support::readSound(folder / "kept.wav");
     EXPECT_GE(kept.frames() + support::leadingSilence(tune), tune.frames());
     EXPECT_EQ(folder.count(), 3u);
+}
+
+TEST_F(Kvx, RefusesNamesOfOtherFormatsForFilesThatAreWave)
+{
+    ASSERT_EQ(run({"tune", "tune.WAV"}).exitCode, 0);
+    const struct {
+        Arguments command;
+        const char* message;
+    } facts[] = {
+        {{"tune", "t.Flac"},
+         "kvx: tune: t.Flac: the file is WAV and not FLAC; name a file that ends in .wav"},
+        {{"play", "tune.WAV", "--capture", "c.mp3"},
+         "kvx: play: --capture c.mp3: the file is WAV and not MP3; name a file that ends in .wav"},
+        {{"play", "tune.WAV", "--keep", "k.ogg"},
+         "kvx: play: --keep k.ogg: the file is WAV and not Ogg Vorbis; name a file that ends in .wav"},
+        {{"soundstream", "tune.WAV", "--capture", "c.aif"},
+         "kvx: soundstream: --capture c.aif: the file is WAV and not AIFF; name a file that ends in .wav"},
+    };
+    for (const auto& fact : facts) {
+        const auto result = run(fact.command);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_EQ(result.err, std::string(fact.message) + "; --help lists the arguments\n");
+    }
+    EXPECT_EQ(folder.count(), 1u);
 }
 
 TEST_F(Kvx, KeepWritesSoundAndPictureAfterASignal)
