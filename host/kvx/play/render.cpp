@@ -1,5 +1,6 @@
 #include "host/kvx/files/atomic_file.h"
 #include "host/kvx/files/result.h"
+#include "host/kvx/files/sound_list.h"
 #include "host/kvx/files/streams.h"
 #include "host/kvx/play/play.h"
 #include "host/kvx/play/session.h"
@@ -12,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -267,6 +269,15 @@ bool renderUntilSignal(host::Host& host, const RenderOptions& options, const Pla
     }
 }
 
+void refusePlaylist(const std::string& path)
+{
+    std::error_code ignored;
+    if (!std::filesystem::is_directory(path, ignored) &&
+        expandList(path, false) != std::vector<std::string>{path})
+        throw Failure(fmt::format(
+            "{} is a playlist, and render takes one sound file; name a file of the playlist", path));
+}
+
 } // namespace
 
 int render(const RenderOptions& options)
@@ -281,6 +292,7 @@ int render(const RenderOptions& options)
     SpooledInputs inputs(isInterrupted);
     const std::optional<std::string> from = inputs.pathFor(options.from);
     if (!from) return progress.exitCode();
+    refusePlaylist(*from);
     const Playlist playlist = planPlaylist({*from});
     const PlaylistFile file = filesOf(playlist).front();
     refuseToOverwrite({file.path}, to, "the result");

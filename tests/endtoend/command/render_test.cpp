@@ -280,6 +280,17 @@ TEST_F(Render, PanAndChannelMapTreatMonoAsStereo)
     }
 }
 
+TEST_F(Render, RefusesAPlaylist)
+{
+    std::ofstream(folder / "list.m3u") << "in.wav\n";
+    const auto result = run("list.m3u", "out.wav");
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err,
+              "kvx: render: list.m3u is a playlist, and render takes one sound file; name a file of "
+              "the playlist\n");
+    EXPECT_EQ(folder.count(), 1u);
+}
+
 TEST_F(Render, PrintsTheResultUnlessQuiet)
 {
     support::writeSound(support::makeNoise(8000, 1, 8000), folder / "in.wav");
