@@ -71,16 +71,21 @@ std::vector<fs::directory_entry> sortedEntries(const fs::path& folder)
     return entries;
 }
 
-void addSoundFiles(const fs::path& folder, bool isRecursive, std::vector<std::string>& paths)
+void addSoundFiles(const fs::path& folder, bool isRecursive, const ReportFailure& report,
+                   std::vector<std::string>& paths)
 {
     for (const fs::directory_entry& entry : sortedEntries(folder)) {
-        std::error_code
-            gone; // an entry that disappears while this function reads it is neither file nor folder
+        // An entry that disappears while this function reads it is neither file nor folder.
+        std::error_code gone;
         if (entry.path().filename().string().front() == '.') continue;
         if (entry.is_regular_file(gone) && holds(extensions, extensionOf(entry.path())))
             paths.push_back(entry.path().string());
         else if (isRecursive && entry.is_directory(gone) && !entry.is_symlink(gone))
-            addSoundFiles(entry.path(), isRecursive, paths);
+            try {
+                addSoundFiles(entry.path(), isRecursive, report, paths);
+            } catch (const Failure& failure) {
+                report(failure);
+            }
     }
 }
 
@@ -204,13 +209,13 @@ std::vector<std::string> filesOfPlaylist(const std::string& path)
 
 std::initializer_list<const char*> soundFileExtensions() { return extensions; }
 
-std::vector<std::string> expandList(const std::string& path, bool isRecursive)
+std::vector<std::string> expandList(const std::string& path, bool isRecursive, const ReportFailure& report)
 {
     const std::string found = pathOnDisk(path);
     std::error_code ignored;
     if (fs::is_directory(found, ignored)) {
         std::vector<std::string> paths;
-        addSoundFiles(found, isRecursive, paths);
+        addSoundFiles(found, isRecursive, report, paths);
         if (paths.empty())
             throw Failure(fmt::format("{} has no sound files; {}", path,
                                       isRecursive

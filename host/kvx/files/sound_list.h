@@ -2,6 +2,9 @@
 // All functions: [main].
 #pragma once
 
+#include "host/kvx/text/failure.h"
+
+#include <functional>
 #include <initializer_list>
 #include <string>
 #include <vector>
@@ -11,12 +14,16 @@ namespace kvx {
 /// The extensions of sound files, in lower case and without the dot. Other files of a folder are left out.
 std::initializer_list<const char*> soundFileExtensions();
 
+/// Receives a problem that does not end the search for files.
+using ReportFailure = std::function<void(const Failure&)>;
+
 /// Replace a folder by its sound files, and a playlist file by its entries. Any other path stays unchanged.
 /// Shape    `isRecursive`: also search the folders in a folder. The files of a folder are sorted by name;
 ///          numbers in names are in numeric order. Hidden files and links to folders are left out. The
 ///          entries of a playlist file are URLs and paths; a relative path begins at the list's folder.
-/// Errors   throws Failure for a list that cannot be read or has no files.
-std::vector<std::string> expandList(const std::string& path, bool isRecursive);
+/// Errors   throws Failure for a list that cannot be read or has no files. Leaves out a folder in a folder if
+///          it cannot be read, and passes the problem to `report`.
+std::vector<std::string> expandList(const std::string& path, bool isRecursive, const ReportFailure& report);
 
 /// Check a path that expandList() has returned.
 /// Errors  throws Failure for a URL, and for a playlist file in a playlist file, which are not played.

@@ -91,18 +91,21 @@ Playlist planPlaylist(const std::vector<std::string>& paths, bool isRecursive, S
 {
     Playlist playlist;
     std::optional<Failure> problem; // the last one is thrown if no file is left
+    const auto report = [&](const Failure& failure) {
+        if (problem) progress.warn(problem->what());
+        problem = failure;
+    };
     const auto attempt = [&](const auto& work) {
         if (isInterrupted()) return;
         try {
             work();
         } catch (const Failure& failure) {
-            if (problem) progress.warn(problem->what());
-            problem = failure;
+            report(failure);
         }
     };
     for (const std::string& path : paths)
         attempt([&] {
-            for (const std::string& file : expandList(path, isRecursive))
+            for (const std::string& file : expandList(path, isRecursive, report))
                 attempt([&] {
                     if (const auto readable = inputs.pathFor(file)) addFile(*readable, playlist);
                 });

@@ -9,11 +9,14 @@
 #include <filesystem>
 #include <fstream>
 #include <set>
+#include <unistd.h>
 
 namespace {
 
 namespace fs = std::filesystem;
 using Paths = std::vector<std::string>;
+
+void ignore(const kvx::Failure&) {}
 
 struct SoundList : testing::Test {
     support::TemporaryFolder folder;
@@ -27,7 +30,7 @@ struct SoundList : testing::Test {
     /// Return the expanded paths, without the path of the temporary folder.
     Paths expanded(const std::string& name, bool isRecursive = false) const
     {
-        Paths paths = kvx::expandList(folder / name, isRecursive);
+        Paths paths = kvx::expandList(folder / name, isRecursive, ignore);
         for (std::string& path : paths)
             if (path.rfind(folder.path() + "/", 0) == 0) path.erase(0, folder.path().size() + 1);
         return paths;
@@ -36,7 +39,7 @@ struct SoundList : testing::Test {
     std::string errorOf(const std::string& name, bool isRecursive = false) const
     {
         try {
-            kvx::expandList(folder / name, isRecursive);
+            kvx::expandList(folder / name, isRecursive, ignore);
         } catch (const kvx::Failure& failure) {
             return failure.what();
         }
@@ -66,12 +69,29 @@ TEST_F(SoundList, OfAFolderWithoutSoundFilesIsRefusedWithAdvice)
     EXPECT_EQ(errorOf("a", true), folder / "a has no sound files; name another folder");
 }
 
+TEST_F(SoundList, LeavesOutAFolderThatCannotBeRead)
+{
+    for (const char* name : {"a/b/inner.wav", "a/closed/c.wav", "a/d/deep.wav"}) write(name);
+    fs::permissions(folder.path(), fs::perms(0755));
+    fs::permissions(folder / "a/closed", fs::perms::none);
+    const bool isRoot = geteuid() == 0; // root reads any folder
+    if (isRoot) ASSERT_EQ(seteuid(65534), 0);
+    std::vector<std::string> problems;
+    const Paths paths =
+        kvx::expandList(folder / "a", true, [&](const kvx::Failure& f) { problems.push_back(f.what()); });
+    if (isRoot) ASSERT_EQ(seteuid(0), 0);
+    fs::permissions(folder / "a/closed", fs::perms::owner_all);
+    EXPECT_EQ(paths, Paths({folder / "a/b/inner.wav", folder / "a/d/deep.wav"}));
+    EXPECT_EQ(problems, std::vector<std::string>({folder / "a/closed cannot be read: Permission denied; "
+                                                           "change its permissions or copy it"}));
+}
+
 TEST_F(SoundList, OfAFileIsThePathUnchanged)
 {
     write("a.wav");
     EXPECT_EQ(expanded("a.wav"), Paths({"a.wav"}));
     EXPECT_EQ(expanded("missing.wav"), Paths({"missing.wav"}));
-    EXPECT_EQ(kvx::expandList("-", false), Paths({"-"}));
+    EXPECT_EQ(kvx::expandList("-", false, ignore), Paths({"-"}));
 }
 
 TEST_F(SoundList, OfAPlaylistHasPathsRelativeToItsFolder)
