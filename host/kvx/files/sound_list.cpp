@@ -1,6 +1,7 @@
 #include "host/kvx/files/sound_list.h"
 
 #include "host/kvx/files/sound_file.h"
+#include "host/kvx/files/streams.h"
 #include "host/kvx/text/failure.h"
 #include "host/kvx/text/number_text.h"
 
@@ -9,11 +10,13 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <optional>
 #include <string_view>
 
 namespace kvx {
@@ -126,10 +129,30 @@ std::string utf8OfLatin1(std::string_view text)
     return utf8;
 }
 
+/// The path in the URL of a file, such as file:///music/a%20b.wav; nullopt for any other text.
+std::optional<std::string> pathOfFileUrl(std::string_view text)
+{
+    constexpr std::string_view scheme = "file://";
+    if (lowerCase(text.substr(0, scheme.size())) != scheme) return std::nullopt;
+    text.remove_prefix(std::min(text.find('/', scheme.size()), text.size())); // a host may precede the path
+    std::string path;
+    while (!text.empty()) {
+        unsigned code = 0;
+        const char* const end = text.data() + std::min<std::size_t>(text.size(), 3);
+        const bool isEscape =
+            text[0] == '%' && text.size() >= 3 && std::from_chars(text.data() + 1, end, code, 16).ptr == end;
+        path += isEscape ? static_cast<char>(code) : text[0];
+        text.remove_prefix(isEscape ? 3 : 1);
+    }
+    return path;
+}
+
 /// The path of an entry, or its URL. Text that is not UTF-8 is Latin-1, unless it is the name of a file.
 std::string pathOfEntry(std::string_view entry, const fs::path& folder)
 {
+    if (const auto path = pathOfFileUrl(entry)) return *path;
     if (isUrl(entry)) return std::string(entry);
+    if (entry == standardStream) return (folder / "./-").string(); // a file, and not standard input
     std::error_code ignored;
     const fs::path path = folder / entry;
     if (isUtf8(entry) || fs::exists(path, ignored)) return path.string();

@@ -20,7 +20,8 @@ using ReportFailure = std::function<void(const Failure&)>;
 /// Replace a folder by its sound files, and a playlist file by its entries. Any other path stays unchanged.
 /// Shape    `isRecursive`: also search the folders in a folder. The files of a folder are sorted by name;
 ///          numbers in names are in numeric order. Hidden files and links to folders are left out. The
-///          entries of a playlist file are URLs and paths; a relative path begins at the list's folder.
+///          entries of a playlist file are URLs and paths; a relative path begins at the list's folder. The
+///          URL of a file becomes its path.
 /// Errors   throws Failure for a list that cannot be read or has no files. Leaves out a folder in a folder if
 ///          it cannot be read, and passes the problem to `report`.
 std::vector<std::string> expandList(const std::string& path, bool isRecursive, const ReportFailure& report);
