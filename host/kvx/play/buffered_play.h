@@ -77,8 +77,11 @@ private:
 std::vector<Key> bufferedKeys();
 
 /// Play a group from the frame number `startFrame` to its end, or until a key or a signal of the user ends
-/// it. Shape    `first` is the number of the group's first file in `order`; `gain` is a factor. Returns  the
-/// number of the file that plays next; nullopt if playback has ended. Errors   throws Failure. [main]
+/// it.
+/// Shape    `first` is the number of the group's first file in `order`; `gain` is a factor.
+/// Returns  the number of the file that plays next; nullopt if playback has ended.
+/// Errors   throws Failure.
+/// [main]
 std::optional<std::size_t> playBuffered(host::Host& host, const FormatGroup& group, std::size_t first,
                                         std::int64_t startFrame, const PlayOrder& order, float gain,
                                         Session& session);

@@ -25,11 +25,6 @@ TEST(PlayOrder, GoesRoundIfEndless)
     const kvx::PlayOrder one(1, true);
     EXPECT_EQ(one.after(0), Neighbour(0));
     EXPECT_EQ(one.before(0), Neighbour(0));
-    const kvx::PlayOrder two(2, false);
-    EXPECT_EQ(two.after(0), Neighbour(1));
-    EXPECT_EQ(two.after(1), std::nullopt);
-    EXPECT_EQ(two.before(1), Neighbour(0));
-    EXPECT_EQ(two.before(0), std::nullopt);
 }
 
 TEST(PlayOrder, SkipsFilesThatAreLeftOut)
