@@ -8,13 +8,14 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <strings.h>
 
 namespace kvx {
 namespace {
 
 void checkName(const std::string& path)
 {
-    if (std::filesystem::path(path).extension() == ".png") return;
+    if (strcasecmp(std::filesystem::path(path).extension().c_str(), ".png") == 0) return;
     const std::string better = std::filesystem::path(path).replace_extension(".png").string();
     throw WrongUsage(fmt::format("{}: the result is a PNG picture; name it {}", path, better));
 }

@@ -1,5 +1,6 @@
-// Pictures of sound files: the command `kvx picture`, and the picture that `kvx play --keep` adds to a
-// capture. All functions: [main].
+// Pictures of sound files: the command `kvx picture`, and the picture that `kvx play --keep` adds.
+//
+// All functions: [main].
 #pragma once
 
 #include "host/kvx/picture/sound_picture.h"

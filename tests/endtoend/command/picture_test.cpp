@@ -80,6 +80,7 @@ TEST_F(KvxPicture, HasTheRequestedSizeAndTheSameBytesEachTime)
         EXPECT_TRUE(bytes == bytesOf(folder / "b.png"));
     }
     EXPECT_EQ(folder.count(), 3u) << "no unfinished files";
+    EXPECT_EQ(run({"picture", "a.wav", "A.PNG"}).exitCode, 0) << "the extension may have capitals";
 }
 
 TEST_F(KvxPicture, ShowsAToneOfOneKilohertzInItsRow)
