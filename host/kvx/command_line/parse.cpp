@@ -122,9 +122,10 @@ Choice parse(const Command& program, const std::vector<Command>& commands, int a
     if (!command.name.empty()) setCommandName(command.name);
 
     if (app.count(helpOption) + chosenApp.count(helpOption) > 0) return {&command, true};
+    std::vector<std::string> extras = chosenApp.remaining();
+    extras.erase(std::remove(extras.begin(), extras.end(), "--"), extras.end()); // ends the options
     try {
-        if (!chosenApp.remaining().empty())
-            throw WrongUsage(describeExtra(chosenApp.remaining(), command, commands));
+        if (!extras.empty()) throw WrongUsage(describeExtra(extras, command, commands));
         if (!error.empty()) throw WrongUsage(error);
         if (argumentCount < 2) throw WrongUsage("a command is required");
         forEachOption(program, [&](const Option& option) { readOption(app, option); });

@@ -73,6 +73,16 @@ TEST(Parse, StoresEveryKindOfValue)
     EXPECT_EQ(p.values.checks, 1);
 }
 
+TEST(Parse, ReadsArgumentsThatBeginWithADashAfterTwoDashes)
+{
+    Program p;
+    p.parse({"sing", "--loud", "--", "-odd.wav", "--quiet"});
+    EXPECT_EQ(p.values.file, "-odd.wav");
+    EXPECT_EQ(p.values.more, std::vector<std::string>{"--quiet"});
+    EXPECT_TRUE(p.values.isLoud);
+    EXPECT_FALSE(p.values.isQuiet);
+}
+
 TEST(Parse, KeepsTheValuesOfOptionsThatAreNotGiven)
 {
     Program p;
