@@ -25,6 +25,12 @@ std::size_t editsBetween(std::string_view a, std::string_view b)
     return edits[a.size()][b.size()];
 }
 
+/// The length without the dashes of an option, which are the same in all options.
+std::size_t lettersOf(std::string_view word)
+{
+    return word.size() - std::min(word.find_first_not_of('-'), word.size());
+}
+
 } // namespace
 
 std::string nearestWord(std::string_view word, const std::vector<std::string>& words)
@@ -33,7 +39,8 @@ std::string nearestWord(std::string_view word, const std::vector<std::string>& w
     std::size_t fewest = 0;
     for (const std::string& each : words) {
         const std::size_t edits = editsBetween(word, each);
-        if (edits * 3 > std::max(word.size(), each.size()) || (!nearest.empty() && edits >= fewest)) continue;
+        if (edits * 3 > std::max(lettersOf(word), lettersOf(each)) || (!nearest.empty() && edits >= fewest))
+            continue;
         nearest = each;
         fewest = edits;
     }

@@ -8,7 +8,7 @@ namespace {
 TEST(NearestWord, DiffersByAtMostAThirdOfTheLetters)
 {
     const std::vector<std::string> words = {"play",          "render", "--rate", "--device",
-                                            "--device-rate", "get",    "set"};
+                                            "--device-rate", "get",    "set",    "--pan"};
     const struct {
         const char *word, *nearest, *why;
     } facts[] = {
@@ -21,6 +21,7 @@ TEST(NearestWord, DiffersByAtMostAThirdOfTheLetters)
         {"gte", "get", "an exchange is one edit of three letters"},
         {"gse", "", "two edits of three letters"},
         {"sing", "", "no word is near"},
+        {"--gain", "", "two edits of four letters; the dashes do not count"},
         {"", "", "no word"},
     };
     for (const auto& fact : facts)
