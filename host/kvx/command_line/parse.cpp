@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 
 namespace kvx {
 namespace {
@@ -67,7 +68,10 @@ std::vector<std::string> optionNames(const Command& command)
 
 std::string suggestion(const std::string& word, const std::vector<std::string>& words)
 {
-    const std::string nearest = nearestWord(word, words);
+    std::vector<std::string> longer; // the words that begin with `word`
+    std::copy_if(words.begin(), words.end(), std::back_inserter(longer),
+                 [&](const std::string& each) { return each.rfind(word, 0) == 0; });
+    const std::string nearest = longer.size() == 1 ? longer.front() : nearestWord(word, words);
     return nearest.empty() ? "" : fmt::format(" (did you mean {}?)", nearest);
 }
 

@@ -136,6 +136,8 @@ TEST(Parse, RefusesWrongUsageByName)
         {{"sing"}, "FILE is required"},
         {{"sing", "--lodu"}, "there is no option --lodu (did you mean --loud?)"},
         {{"sing", "a", "--rat=2"}, "there is no option --rat=2 (did you mean --rate?)"},
+        {{"sing", "a", "--g"}, "there is no option --g (did you mean --gain?)"},
+        {{"sing", "a", "--l", "2"}, "there is no option --l (did you mean --loud?)"},
         {{"sing", "a", "--fast", "2"}, "there is no option --fast"},
         {{"string", "x"}, "x is one argument too many"},
         {{"sing", "a", "--gain"}, "--gain takes exactly one value"},
