@@ -65,21 +65,24 @@ int run(int argumentCount, char** arguments)
     const kvx::Command program = kvx::program();
     const std::vector<kvx::Command> commands = kvx::allCommands();
     return runReportingErrors([&] {
-        const kvx::Choice choice = kvx::parse(program, commands, argumentCount, arguments);
-        if (choice.isHelpWanted) {
-            kvx::printHelp(*choice.command);
-            return int{exitGood};
-        }
-        if (kvx::generalOptions().isVersionWanted) {
-            fmt::print("kvx {}\n", kvx::versionText);
-            return int{exitGood};
-        }
-        const kvx::Command& command = *choice.command;
-        const int code = command.run ? runReportingErrors(command.run) : int{exitGood};
+        const kvx::LibraryOptions* library = nullptr;
+        const int code = runReportingErrors([&] {
+            const kvx::Choice choice = kvx::parse(program, commands, argumentCount, arguments);
+            if (choice.isHelpWanted) {
+                kvx::printHelp(*choice.command);
+                return int{exitGood};
+            }
+            if (kvx::generalOptions().isVersionWanted) {
+                fmt::print("kvx {}\n", kvx::versionText);
+                return int{exitGood};
+            }
+            library = choice.command->library;
+            return choice.command->run ? choice.command->run() : int{exitGood};
+        });
         if (kvx::generalOptions().isVerbose)
             fmt::print(stderr, "{}",
                        kvx::problemReport(kvx::versionText, argumentCount, arguments,
-                                          command.library ? *command.library : kvx::LibraryOptions()));
+                                          library ? *library : kvx::LibraryOptions()));
         return code;
     });
 }

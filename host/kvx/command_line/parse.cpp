@@ -127,6 +127,11 @@ Choice parse(const Command& program, const std::vector<Command>& commands, int a
 
     if (app.count(helpOption) + chosenApp.count(helpOption) > 0) return {&command, true};
     std::vector<std::string> extras = chosenApp.remaining();
+    forEachOption(program, [&](const Option& option) { // so that --verbose works after a wrong argument, too
+        for (const CLI::App* each : {static_cast<const CLI::App*>(&app), &chosenApp})
+            if (option.target.kind == Kind::flag && each->get_option_no_throw(option.longName()))
+                readOption(*each, option);
+    });
     extras.erase(std::remove(extras.begin(), extras.end(), "--"), extras.end()); // ends the options
     try {
         if (!extras.empty()) throw WrongUsage(describeExtra(extras, command, commands));

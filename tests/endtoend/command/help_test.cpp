@@ -254,6 +254,10 @@ TEST_F(KvxHelp, VerboseReportsAfterAFailureAndWithoutACommand)
     EXPECT_EQ(failed.err.rfind("kvx: play: missing.wav does not exist; ", 0), 0u) << failed.err;
     EXPECT_NE(failed.err.find("\n  command        kvx --verbose play missing.wav\n"), std::string::npos)
         << failed.err;
+    const auto wrong = run({"play", "--verbose", "--bogus"});
+    EXPECT_EQ(wrong.exitCode, 2);
+    EXPECT_NE(wrong.err.find("\n  command        kvx play --verbose --bogus\n"), std::string::npos)
+        << wrong.err;
     const auto alone = run({"--verbose"});
     EXPECT_EQ(alone.exitCode, 0);
     EXPECT_EQ(alone.out, "");
