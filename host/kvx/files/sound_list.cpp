@@ -94,8 +94,6 @@ void addSoundFiles(const fs::path& folder, bool isRecursive, const ReportFailure
 
 // ---- playlist files ----
 
-bool isPlaylistFile(const std::string& path) { return holds(playlistExtensions, extensionOf(path)); }
-
 bool isUrl(std::string_view text)
 {
     const auto end = text.find("://");
@@ -229,6 +227,8 @@ std::vector<std::string> filesOfPlaylist(const std::string& path)
 }
 
 } // namespace
+
+bool isPlaylistFile(const std::string& path) { return holds(playlistExtensions, extensionOf(path)); }
 
 std::initializer_list<const char*> soundFileExtensions() { return extensions; }
 

@@ -17,6 +17,9 @@ std::initializer_list<const char*> soundFileExtensions();
 /// Receives a problem that does not end the search for files.
 using ReportFailure = std::function<void(const Failure&)>;
 
+/// Whether the name of a file is that of a playlist: .m3u, .m3u8 or .pls, in any case.
+bool isPlaylistFile(const std::string& path);
+
 /// Replace a folder by its sound files, and a playlist file by its entries. Any other path stays unchanged.
 /// Shape    `isRecursive`: also search the folders in a folder. The files of a folder are sorted by name;
 ///          numbers in names are in numeric order. Hidden files and links to folders are left out. The

@@ -271,9 +271,7 @@ bool renderUntilSignal(host::Host& host, const RenderOptions& options, const Pla
 
 void refusePlaylist(const std::string& path)
 {
-    std::error_code ignored;
-    if (!std::filesystem::is_directory(path, ignored) &&
-        expandList(path, false) != std::vector<std::string>{path})
+    if (isPlaylistFile(path))
         throw Failure(fmt::format(
             "{} is a playlist, and render takes one sound file; name a file of the playlist", path));
 }
