@@ -2,6 +2,7 @@
 
 #include "host/kvx/files/atomic_file.h"
 
+#include <atomic>
 #include <cstddef>
 #include <iterator>
 #include <unistd.h>
@@ -9,9 +10,12 @@
 namespace kvx {
 namespace {
 
-volatile std::sig_atomic_t arrivedSignal = 0;
-void (*volatile firstSignalWork)() = nullptr;
-volatile std::sig_atomic_t mayHang = 0;
+// A signal may arrive on any thread. Lock-free atomics are safe in a signal handler.
+std::atomic<int> arrivedSignal{0};
+std::atomic<void (*)()> firstSignalWork{nullptr};
+std::atomic<bool> mayHang{false};
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<void (*)()>::is_always_lock_free &&
+              std::atomic<bool>::is_always_lock_free);
 
 constexpr unsigned longestHangSeconds = 5;
 
@@ -29,7 +33,7 @@ extern "C" void noteSignal(int signal)
     arrivedSignal = signal;
     setSignalHandler(signal, endProcess);
     if (mayHang) alarm(longestHangSeconds);
-    if (firstSignalWork) firstSignalWork();
+    if (void (*const work)() = firstSignalWork) work();
 }
 
 } // namespace
@@ -66,13 +70,13 @@ InterruptGuard::~InterruptGuard()
 HangGuard::HangGuard()
 {
     setSignalHandler(SIGALRM, endHungProcess, 0, &former_);
-    mayHang = 1;
+    mayHang = true;
     if (isInterrupted()) alarm(longestHangSeconds);
 }
 
 HangGuard::~HangGuard()
 {
-    mayHang = 0;
+    mayHang = false;
     alarm(0);
     sigaction(SIGALRM, &former_, nullptr);
 }
