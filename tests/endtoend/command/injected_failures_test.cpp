@@ -142,12 +142,12 @@ TEST_F(InjectedFailures, DoctorFailsWithoutHardware)
     const auto result = support::runChild(kvxCommand({"doctor"}), environment);
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.err, "");
+    // The advice depends on the sound cards of the machine.
     EXPECT_EQ(result.out.rfind(
-                  "problem  output                no sound hardware opens, so nothing is audible; connect "
-                  "a sound card, or start a server with `jackd -d alsa`; `kvx play --device simulated` "
-                  "plays without hardware\n",
-                  0),
+                  "problem  output                no sound hardware opens, so nothing is audible; ", 0),
               0u)
+        << result.out;
+    EXPECT_NE(result.out.find("`kvx play --device simulated` plays without hardware\n"), std::string::npos)
         << result.out;
 }
 
