@@ -83,6 +83,7 @@ struct Track {
     int channels;
     FilePlayer player;
     EndDetector end;
+    std::uint64_t firstFrame = 0; ///< number of device frames before the start of the file
 };
 
 FilePlaySettings settingsOf(const FilePlayer& p)
@@ -188,6 +189,7 @@ private:
     /// Start the next player before the former player stops, because the device stops without a player.
     void startNext()
     {
+        next_->firstFrame = session_.meter().frames();
         next_->player.play();
         former_ = std::move(current_);
         current_ = std::move(next_);
@@ -239,6 +241,7 @@ private:
     /// Returns  false after the last sound of the last file, or on a skip to a file for the buffered player.
     bool checkEnds()
     {
+        if (framesToLimit() == 0) endAtLimit();
         if (isWantedLoaded() && (isSkipping_ || hasEnded(*current_, Until::latency))) startNext();
         if (former_ && hasEnded(*former_, Until::tail)) former_.reset();
         if (isWantedHere()) return true;
@@ -269,13 +272,30 @@ private:
         return track.end.hasEnded(session_.meter().frames(), framesOf(seconds, device.sampleRate) + slice);
     }
 
-    /// The number of device frames until the current file ends; one slice if the file has ended.
+    /// Skip the rest of the current file, and the tail of the former file.
+    void endAtLimit()
+    {
+        former_.reset();
+        isSkipping_ = true;
+    }
+
+    /// The number of device frames until the current file has played for the longest duration.
+    std::uint64_t framesToLimit() const
+    {
+        if (!options_.duration) return UINT64_MAX;
+        const std::uint64_t played = session_.meter().frames() - current_->firstFrame;
+        const std::uint64_t longest = framesOf(*options_.duration, session_.device().sampleRate);
+        return longest - std::min(longest, played);
+    }
+
+    /// The number of device frames until the current file ends; one slice if the file has ended. At most
+    /// framesToLimit().
     std::uint64_t framesToEnd() const
     {
         const FilePlayer& player = current_->player;
-        if (player.isAtEnd()) return session_.device().sliceFrames;
+        if (player.isAtEnd()) return std::min<std::uint64_t>(session_.device().sliceFrames, framesToLimit());
         const double seconds = (player.duration() - player.position()) / player.rate();
-        return framesOf(seconds, session_.device().sampleRate);
+        return std::min(framesOf(seconds, session_.device().sampleRate), framesToLimit());
     }
 
     host::Host& host_;

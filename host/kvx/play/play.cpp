@@ -41,6 +41,18 @@ std::string capturePath(const PlayOptions& options, const KVXDeviceInfo& device)
     return !options.keep.empty() && device.isSimulated ? options.keep + ".wav" : "";
 }
 
+/// Cut the files of a group off at the longest duration. The first file starts at the frame `start`.
+FormatGroup limited(FormatGroup group, std::int64_t start, const std::optional<double>& duration)
+{
+    if (!duration) return group;
+    const auto longest = static_cast<std::int64_t>(framesOf(*duration, group.sampleRate()));
+    for (PlaylistFile& file : group.files) {
+        file.format.frames = std::min(file.format.frames, start + longest);
+        start = 0;
+    }
+    return group;
+}
+
 /// Play a file through the buffered player: with --buffered, also the next files of the same format; without,
 /// because the file is too long for the memory.
 /// Returns  the number of the file that plays next; nullopt if playback has ended.
@@ -48,15 +60,17 @@ std::optional<std::size_t> playBufferedFrom(host::Host& host, const std::vector<
                                             std::size_t first, const PlayOrder& order,
                                             const PlayOptions& options, Session& session)
 {
+    const std::optional<double>& duration = options.player.duration;
     if (options.method == PlayMethod::buffered)
-        return playBuffered(host, groupFrom(files, first), first, 0, order, options.gain, session);
+        return playBuffered(host, limited(groupFrom(files, first), 0, duration), first, 0, order,
+                            options.gain, session);
     const PlaylistFile& file = files[first];
     session.progress().say(fmt::format("{} needs {:.1f} GiB, too much for the memory, so it plays from the "
                                        "disk, without rate, pitch and loops.",
                                        file.path,
                                        loadedBytes(options.player, file, session.device()) / (1 << 30)));
     const auto start = std::llround(options.player.start.value_or(0) * file.format.sampleRate);
-    return playBuffered(host, {{file}}, first, start, order, 1, session);
+    return playBuffered(host, limited({{file}}, start, duration), first, start, order, 1, session);
 }
 
 /// Play the files by the method `file` or `buffered`.

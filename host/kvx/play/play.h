@@ -28,7 +28,7 @@ struct PlayOptions {
     std::string capture;  ///< path of --capture: the WAV file for the output of the device; empty: none
     std::string keep;     ///< value NAME of --keep: capture the simulated device in NAME.wav, and draw the
                           ///< waveform and spectrogram in NAME.png; empty: no files
-    PlayerOptions player; ///< options that only the method `file` uses
+    PlayerOptions player; ///< options that only the method `file` uses, and duration
     float gain = 1;       ///< gain factor that the methods `buffered` and `classic` use
     soundclient::Labelling labelling =
         soundclient::Labelling::bigAsLittle; ///< byte order and label that the method `classic` uses
@@ -51,10 +51,8 @@ struct RenderOptions {
     std::string from; ///< path of the file that is read
     ResultOptions result;
     double deviceRate = 0; ///< sample rate of the result in Hz; 0: as rateOfResult() chooses it
-    std::optional<double>
-        duration; ///< longest duration of the result, or exact duration of a loop, in seconds
     bool isQuiet = false;
-    PlayerOptions player;
+    PlayerOptions player; ///< with a loop, player.duration is the exact duration of the result
     LibraryOptions library;
 };
 

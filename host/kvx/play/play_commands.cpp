@@ -185,6 +185,8 @@ Command playCommand()
              "Also play the files of the folders in a folder", "", "", "kvx play --recursive ."},
             {"--loop-all", "", flag(line->isEndless),
              "Play the files again and again, until q or Ctrl-C", "", "", "--loop-all"},
+            {"--duration", "TIME", time(line->player.duration, 0.001, 1e6),
+             "Maximum length of the sound of each file", timeUnits, "", "--duration 0:10"},
         }},
         unbuffered(playerOptions(line->player)),
         {"From the disk", {
@@ -254,7 +256,7 @@ Command renderCommand()
         {"Result", {
             {"--device-rate", "HZ", number(options->deviceRate, lowestRate, highestRate),
              "Sample rate of the result", "Hz", "the rate of the file; Opus 48000", "--device-rate 48000"},
-            {"--duration", "TIME", time(options->duration, 0.001, 1e6),
+            {"--duration", "TIME", time(options->player.duration, 0.001, 1e6),
              "Maximum length of the result; with --loop, the exact length", timeUnits, "", "--duration 0:03"},
             quietOption(options->isQuiet),
         }},
@@ -277,7 +279,7 @@ Command renderCommand()
         checkCombination(options->player);
         requireArgument(!options->from.empty(), "FILE");
         requireArgument(!options->result.path.empty(), "OUT.wav");
-        if (options->player.loop && !options->duration)
+        if (options->player.loop && !options->player.duration)
             throw WrongUsage("--loop: a loop has no end; give the length of OUT.wav with --duration");
         if (options->deviceRate != std::floor(options->deviceRate))
             throw WrongUsage("--device-rate: a file has a whole number of frames per second");

@@ -21,6 +21,7 @@ struct Loop {
 /// The options that the user has set. For an option without a value, the library's default applies.
 struct PlayerOptions {
     std::optional<double> rate, pitch, volume, pan, start;
+    std::optional<double> duration; ///< longest duration of the output of a file, in seconds
     std::optional<Loop> loop;
     std::optional<Gains> gains;
     std::optional<std::vector<int>> channelMap;

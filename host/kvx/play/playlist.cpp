@@ -158,11 +158,13 @@ std::size_t GroupReader::read(float* out, std::size_t frames)
     while (done < frames) {
         if (!open_) {
             if (next_ == group_.files.size()) break;
+            left_ = group_.files[next_].format.frames;
             open_ = std::make_unique<SoundFile>(group_.files[next_++].path);
         }
-        const std::size_t got =
-            open_->read(out + done * static_cast<std::size_t>(group_.channels()), frames - done);
+        const std::size_t wanted = std::min(frames - done, static_cast<std::size_t>(left_));
+        const std::size_t got = open_->read(out + done * static_cast<std::size_t>(group_.channels()), wanted);
         done += got;
+        left_ -= static_cast<std::int64_t>(got);
         if (done == frames) break;
         const bool isNew = damagedFiles_.empty() || damagedFiles_.back() != open_->path();
         if (open_->isDamaged() && isNew) damagedFiles_.push_back(open_->path());
@@ -176,7 +178,9 @@ void GroupReader::seek(std::int64_t frame)
     const PlaylistFile& file = group_.fileAt(frame);
     next_ = static_cast<std::size_t>(&file - group_.files.data()) + 1;
     open_ = std::make_unique<SoundFile>(file.path);
-    open_->seek(frame - group_.firstFrameOf(file));
+    const std::int64_t inFile = frame - group_.firstFrameOf(file);
+    open_->seek(inFile);
+    left_ = std::max<std::int64_t>(0, file.format.frames - inFile);
 }
 
 } // namespace kvx

@@ -60,7 +60,8 @@ void warnOfMissingParts(const Playlist& playlist, Progress& progress);
 /// play, also print which ones do not, and a command that plays them.
 void announce(const PlaylistFile& file, int channels, Progress& progress);
 
-/// Reads the files of a group as one sound. Only one file is open at a time.
+/// Reads the files of a group as one sound: of each file at most format.frames. Only one file is open at a
+/// time.
 class GroupReader {
 public:
     explicit GroupReader(const FormatGroup& group) : group_(group) {}
@@ -81,6 +82,7 @@ public:
 private:
     const FormatGroup& group_;
     std::size_t next_ = 0;
+    std::int64_t left_ = 0; // number of frames of the open file that have not been read
     std::unique_ptr<SoundFile> open_;
     std::vector<std::string> damagedFiles_;
 };

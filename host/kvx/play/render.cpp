@@ -124,8 +124,8 @@ std::uint64_t framesToRender(const RenderOptions& options, const FilePlayer& pla
     const auto left = static_cast<std::uint64_t>(std::llround((1 - skipped) * static_cast<double>(loaded)));
     const std::uint64_t whole = framesRendered(left, player.sampleRate(), player.rate(), deviceRate) +
                                 framesOf(player.delay().tail, deviceRate);
-    if (!options.duration) return whole;
-    const std::uint64_t requested = framesOf(*options.duration, deviceRate);
+    if (!options.player.duration) return whole;
+    const std::uint64_t requested = framesOf(*options.player.duration, deviceRate);
     return options.player.loop ? requested : std::min(requested, whole);
 }
 

@@ -146,6 +146,25 @@ TEST_F(Play, PlaysSeveralFilesWithoutGaps)
     }
 }
 
+// The second file is shorter than the limit.
+TEST_F(Play, WithDurationPlaysTheStartOfEachFile)
+{
+    const Sound one = support::makeNoise(44100, 2, 20011, 1), two = support::makeNoise(44100, 2, 3001, 2);
+    write(one, "1.wav");
+    write(two, "2.wav");
+    std::vector<float> expected(one.samples.begin(), one.samples.begin() + 4410 * 2);
+    expected.insert(expected.end(), two.samples.begin(), two.samples.end());
+    expected.insert(expected.end(), one.samples.begin(), one.samples.begin() + 4410 * 2);
+    for (const Arguments& more : {Arguments{}, {"--buffered"}}) {
+        SCOPED_TRACE(testing::PrintToString(more));
+        const Arguments arguments = {"--fast", "--device",   "simulated", "1.wav",     "2.wav",
+                                     "1.wav",  "--duration", "0:00.1",    "--capture", "out.wav"};
+        const auto result = play(joined(arguments, more));
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        expectAfterSilence(support::readSound(folder / "out.wav"), expected);
+    }
+}
+
 TEST_F(Play, PlaysSeveralFilesAtAnotherRateWithGapsOfAtMostASlice)
 {
     write(support::makeNoise(44100, 2, 30011, 1), "1.wav");
