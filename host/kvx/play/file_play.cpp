@@ -160,7 +160,7 @@ private:
         } catch (const Failure& failure) {
             order_.leaveOut(index);
             if (order_.isEmpty() || !deviceNow(session_.device()).isAlive) throw;
-            session_.progress().warn(failure.what());
+            session_.progress().warnOfSkipped(failure.what());
             if (wanted_ == index) wanted_ = isGoingBack_ ? order_.before(index) : order_.after(index);
             if (!wanted_ && current_) goOn();
         }

@@ -112,6 +112,15 @@ void keepCapture(Capture& capture, const PlayOptions& options, const std::string
         progress.say(fmt::format("Picture:         {}", fs::absolute(picture).string()));
 }
 
+/// Format the last line of playback. `fileCount` is the number of requested files.
+std::string formatEnd(std::size_t fileCount, const Progress& progress)
+{
+    if (isInterrupted()) return "Stopped.";
+    const std::size_t skipped = progress.skippedFiles();
+    return skipped == 0 ? "Done."
+                        : fmt::format("Done; {} of {} files could not be played.", skipped, fileCount);
+}
+
 /// Platform objects that are no leaks after playback: the library's class of the sound component never
 /// releases its converter.
 std::vector<KVXLiveCount> expectedObjects(PlayMethod method)
@@ -132,6 +141,7 @@ int play(const PlayOptions& options)
     SpooledInputs inputs(isInterrupted);
     const Playlist playlist = planPlaylist(options.files, options.isRecursive, inputs, progress);
     if (isInterrupted()) return progress.exitCode();
+    const std::size_t fileCount = filesOf(playlist).size() + progress.skippedFiles();
     const KVXDeviceInfo device = chooseDevice(options.device);
     checkOptions(options.player, playlist, device);
     const std::string captureTo = capturePath(options, device);
@@ -145,7 +155,7 @@ int play(const PlayOptions& options)
     progress.say(formatDevice(device, options.device));
     const bool hasPlayed = playAll(library.host(), playlist, options, device, progress);
     if (isInterrupted()) progress.leaveLine();
-    progress.say(isInterrupted() ? "Stopped." : "Done.");
+    progress.say(formatEnd(fileCount, progress));
     if (capture && (hasPlayed || !isInterrupted())) keepCapture(*capture, options, captureTo, progress);
     return reportLeaks(library, progress.exitCode(), expectedObjects(options.method));
 }

@@ -92,7 +92,7 @@ Playlist planPlaylist(const std::vector<std::string>& paths, bool isRecursive, S
     Playlist playlist;
     std::optional<Failure> problem; // the last one is thrown if no file is left
     const auto report = [&](const Failure& failure) {
-        if (problem) progress.warn(problem->what());
+        if (problem) progress.warnOfSkipped(problem->what());
         problem = failure;
     };
     const auto attempt = [&](const auto& work) {
@@ -111,7 +111,7 @@ Playlist planPlaylist(const std::vector<std::string>& paths, bool isRecursive, S
                 });
         });
     if (problem && playlist.empty()) throw *problem;
-    if (problem) progress.warn(problem->what());
+    if (problem) progress.warnOfSkipped(problem->what());
     return playlist;
 }
 

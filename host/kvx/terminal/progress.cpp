@@ -57,6 +57,12 @@ void Progress::warn(const std::string& line)
     hasWarned_ = true;
 }
 
+void Progress::warnOfSkipped(const std::string& line)
+{
+    warn(line);
+    ++skippedFiles_;
+}
+
 int Progress::exitCode() const
 {
     const int ofSignal = interruptExitCode();

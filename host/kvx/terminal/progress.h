@@ -6,6 +6,7 @@
 #include "host/kvx/terminal/live_line.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdio>
 #include <string>
 
@@ -33,6 +34,10 @@ public:
     /// Print a warning to standard error: a problem that does not end the command.
     void warn(const std::string& line);
 
+    /// Print the warning that a file cannot be played, and count the file.
+    void warnOfSkipped(const std::string& line);
+    std::size_t skippedFiles() const { return skippedFiles_; }
+
     /// The exit code of the command: interruptExitCode() after a signal, 1 after a warning, 0 in other cases.
     int exitCode() const;
 
@@ -58,6 +63,7 @@ private:
     Verbosity verbosity_;
     std::FILE* out_;
     bool hasWarned_ = false;
+    std::size_t skippedFiles_ = 0;
     bool isShown_ = false; // whether a live line is on the screen, with the cursor at its first column
     std::chrono::steady_clock::time_point last_{}; // time of the last shown line
 };
