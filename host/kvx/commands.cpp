@@ -14,6 +14,7 @@
 #include "host/kvx/picture/picture_command.h"
 #include "host/kvx/play/play_commands.h"
 #include "host/kvx/properties/property_commands.h"
+#include "host/kvx/text/shell_text.h"
 #include "host/kvx/text/terminal_text.h"
 
 #include <fmt/core.h>
@@ -21,6 +22,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -42,6 +44,29 @@ OptionGroup generalGroup(const std::string& start)
              {"--verbose", "", flag(general.isVerbose),
               "At the end, print what a report of a problem needs: versions, library, device, formats", "",
               "", "--verbose"}}};
+}
+
+/// Replace a leading ~ by the user's home folder, as a shell does.
+std::string inHomeFolder(const std::string& path)
+{
+    if (path != "~" && path.rfind("~/", 0) != 0) return path;
+    const char* home = std::getenv("HOME");
+    if (!home) throw Failure(fmt::format("{}: HOME is not set; name a FOLDER without ~", path));
+    return home + path.substr(1);
+}
+
+/// Print what man, bash and zsh still need to find the files in `folder`.
+void printNextSteps(const std::string& folder)
+{
+    const auto quoted = [path = std::filesystem::absolute(folder)](const char* name) {
+        return quotedForShell((path / name).string());
+    };
+    fmt::print(
+        "Read a page: `man -M {} kvx-play`; to read pages without -M: `export MANPATH={}:` in ~/.profile.\n"
+        "Complete in bash without the package bash-completion: `source {}` in ~/.bashrc.\n"
+        "Complete in zsh: `fpath=({} $fpath)` before compinit in ~/.zshrc.\n",
+        quoted("man"), quoted("man"), quoted("bash-completion/completions/kvx"),
+        quoted("zsh/site-functions"));
 }
 
 /// Write the manual pages and the completions into the folders in which man and the shells look for them.
@@ -69,6 +94,7 @@ void writeHelpFiles(const std::string& folder, bool isQuiet)
         if (!file) throw cannotWrite(path.string(), errno);
         if (!isQuiet) fmt::print("{}\n", plainText(path.string()));
     }
+    if (!isQuiet) printNextSteps(folder);
 }
 
 // In the tables of options, clang-format would break the rows.
@@ -271,15 +297,15 @@ Command helpCommand()
              "The command to explain; without COMMAND, the program", "", "", "play"},
         }},
         {"Output", {
-            {"--files", "FOLDER", text(options->folder),
-             "Write the manual pages, and the completions for bash, zsh and fish, into folders of FOLDER; in "
-             "~/.local/share, man, bash and fish find them", "", "", "--files ~/.local/share"},
+            {"--files", "FOLDER", orDefault(text(options->folder)),
+             "Write the manual pages, and the completions for bash, zsh and fish, into folders of FOLDER, and print "
+             "the next steps", "", "~/.local/share", "--files ~/.local/share"},
             quietOption(options->isQuiet),
         }},
     };
     command.run = [options] {
         if (!options->folder.empty()) {
-            writeHelpFiles(options->folder, options->isQuiet);
+            writeHelpFiles(inHomeFolder(options->folder), options->isQuiet);
             return 0;
         }
         const std::vector<Command> commands = allCommands();

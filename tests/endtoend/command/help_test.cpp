@@ -204,12 +204,31 @@ TEST_F(KvxHelp, FilesNameWhatTheyWrite)
 {
     const auto result = run({"help", "--files", "more"});
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(lineCount(result.out), kvx::allCommands().size() + 4)
-        << "a page per command and the program, completions";
+    EXPECT_EQ(lineCount(result.out), kvx::allCommands().size() + 4 + 3)
+        << "a page per command and the program, completions, next steps";
     EXPECT_EQ(result.out.rfind("more/bash-completion/completions/kvx\n", 0), 0u) << result.out;
+    const std::string more = folder / "more";
+    const std::string nextSteps = "\nRead a page: `man -M " + more +
+                                  "/man kvx-play`; to read pages without -M: `export MANPATH=" + more +
+                                  "/man:` in ~/.profile.\n"
+                                  "Complete in bash without the package bash-completion: `source " +
+                                  more +
+                                  "/bash-completion/completions/kvx` in ~/.bashrc.\n"
+                                  "Complete in zsh: `fpath=(" +
+                                  more + "/zsh/site-functions $fpath)` before compinit in ~/.zshrc.\n";
+    EXPECT_EQ(result.out.substr(result.out.find("\nRead")), nextSteps);
     const auto refused = run({"help", "--files", "/dev/null/x"});
     EXPECT_EQ(refused.exitCode, 1);
     expectMessage(refused, "help");
+}
+
+TEST_F(KvxHelp, FilesGoToTheHomeFolderByDefault)
+{
+    const auto written = support::runChild(kvxCommand({"help", "--quiet", "--files"}),
+                                           {{"HOME", folder.path()}}, folder.path());
+    EXPECT_EQ(written.exitCode, 0) << written.err;
+    EXPECT_EQ(bytesOf(folder / ".local/share/man/man1/kvx.1"), bytesOf(folder / "share/man/man1/kvx.1"));
+    EXPECT_EQ(bytesOf(folder / ".local/" + bash), bytesOf(folder / bash));
 }
 
 // ---- the version, and the report for problems ----
