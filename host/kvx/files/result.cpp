@@ -104,6 +104,13 @@ bool Result::finish(const std::function<bool(double part)>& mayContinue)
     return true;
 }
 
+std::string volumeAtFullScale(double volume, double peak)
+{
+    const double highest = volume / peak;
+    const double unit = std::pow(10.0, std::floor(std::log10(highest)) - 2);
+    return fmt::format("{:.3g}", std::floor(highest / unit) * unit);
+}
+
 std::string Result::levelNote(double volume) const
 {
     if (!std::isfinite(peak_)) return "The sound has infinite samples, which no gain avoids.";
@@ -112,15 +119,12 @@ std::string Result::levelNote(double volume) const
                            : fmt::format("Normalized by {:+.1f} dB (a factor of {:.3f}).",
                                          decibelsOf(double{gain()}), gain());
     if (peak_ <= 1) return "";
-    const double highest = volume / double{peak_};
-    const double unit = std::pow(10.0, std::floor(std::log10(highest)) - 2); // the message shows three digits
-    const double lower = std::floor(highest / unit) * unit;
     const char* const effect = format_.bits > 0   ? "and clipped"
                                : isExact(format_) ? "which 32-bit float keeps and players clip"
                                                   : "which players clip";
-    return fmt::format("The peak is {:+.1f} dB, {:.3f} times full scale, {}: `--volume {:.3g}` or "
+    return fmt::format("The peak is {:+.1f} dB, {:.3f} times full scale, {}: `--volume {}` or "
                        "`--normalize` avoids this.",
-                       decibelsOf(double{peak_}), peak_, effect, lower);
+                       decibelsOf(double{peak_}), peak_, effect, volumeAtFullScale(volume, peak_));
 }
 
 } // namespace kvx

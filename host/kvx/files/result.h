@@ -23,6 +23,10 @@ struct ResultOptions {
     bool isNormalized = false; ///< whether the highest peak becomes full scale
 };
 
+/// Format the highest volume with which a sound whose peak is `peak` at the volume `volume` stays within full
+/// scale: three digits, rounded down.
+std::string volumeAtFullScale(double volume, double peak);
+
 /// Writes a result. A result that is to be normalised is kept in a temporary file until its peak is known.
 class Result {
 public:

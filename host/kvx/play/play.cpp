@@ -88,6 +88,21 @@ void playList(host::Host& host, const std::vector<PlaylistFile>& files, const Pl
     }
 }
 
+/// Format a line about an output above full scale, and the option that avoids it.
+/// Returns  "" if the output stayed within full scale, which includes 0.05 dB above it.
+std::string formatOverload(const PlayOptions& options, Session& session)
+{
+    const double peak = session.meter().highestPeak(), decibels = 20 * std::log10(peak);
+    const double volume = session.volume().value;
+    if (!std::isfinite(decibels) || decibels < 0.05 || volume == 0) return {};
+    const std::string advice =
+        options.method == PlayMethod::file
+            ? fmt::format("--volume {}", volumeAtFullScale(volume, peak))
+            : fmt::format("--gain {:.1f}", std::floor(200 * std::log10(options.gain * volume / peak)) / 10);
+    return fmt::format("The output was up to {:+.1f} dB above full scale; `{}` avoids clipping.", decibels,
+                       advice);
+}
+
 /// Play all files by the requested play method.
 /// Returns  whether the device has rendered at least one frame.
 bool playAll(host::Host& host, const Playlist& playlist, const PlayOptions& options,
@@ -99,6 +114,8 @@ bool playAll(host::Host& host, const Playlist& playlist, const PlayOptions& opti
         playClassic(host, files.front(), options.gain, options.labelling, session);
     else
         playList(host, files, options, session);
+    if (const std::string note = formatOverload(options, session); !note.empty() && !isInterrupted())
+        progress.say(note);
     return session.meter().frames() > 0;
 }
 

@@ -24,6 +24,8 @@ void Meter::measure(void* context, const float* samples, std::uint32_t frames, s
     // If takePeak() resets the peak between the load and the store, its next call returns this peak.
     Meter& self = *static_cast<Meter*>(context);
     if (peak > self.peak_.load(std::memory_order_relaxed)) self.peak_.store(peak, std::memory_order_relaxed);
+    if (peak > self.highestPeak_.load(std::memory_order_relaxed))
+        self.highestPeak_.store(peak, std::memory_order_relaxed);
     self.frames_.fetch_add(frames, std::memory_order_relaxed);
 }
 

@@ -26,6 +26,10 @@ public:
     /// [main]
     float takePeak() { return peak_.exchange(0.0f, std::memory_order_relaxed); }
 
+    /// Return the highest magnitude of a sample since construction.
+    /// [any]
+    float highestPeak() const { return highestPeak_.load(std::memory_order_relaxed); }
+
     /// Return the number of frames that the device has rendered since construction, in completed slices.
     /// [any]
     std::uint64_t frames() const { return frames_.load(std::memory_order_relaxed); }
@@ -34,7 +38,7 @@ private:
     static void measure(void* context, const float* samples, std::uint32_t frames, std::uint32_t channels);
 
     KVXDeviceID device_;
-    std::atomic<float> peak_{0.0f};
+    std::atomic<float> peak_{0.0f}, highestPeak_{0.0f};
     std::atomic<std::uint64_t> frames_{0};
 };
 

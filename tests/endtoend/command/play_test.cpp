@@ -146,6 +146,36 @@ TEST_F(Play, PlaysSeveralFilesWithoutGaps)
     }
 }
 
+TEST_F(Play, StatesAnOutputAboveFullScale)
+{
+    Sound sound = support::makeNoise(44100, 2, 4410);
+    sound.samples[100] = 0.99f;
+    for (float& sample : sound.samples) sample = std::clamp(sample, -0.99f, 0.99f);
+    write(sound, "near.wav");
+    sound.samples[100] = 1.25f;
+    write(sound, "above.wav");
+    const struct {
+        Arguments arguments;
+        const char* note;
+    } facts[] = {
+        {{"near.wav"}, ""},
+        {{"above.wav"}, "The output was up to +1.9 dB above full scale; `--volume 0.8` avoids clipping.\n"},
+        {{"above.wav", "--volume", "0.875"},
+         "The output was up to +0.8 dB above full scale; `--volume 0.8` avoids clipping.\n"},
+        {{"above.wav", "--volume", "0.8"}, ""},
+        {{"above.wav", "--buffered"},
+         "The output was up to +1.9 dB above full scale; `--gain -2.0` avoids clipping.\n"},
+        {{"above.wav", "--buffered", "--gain", "-2"}, ""},
+    };
+    for (const auto& fact : facts) {
+        SCOPED_TRACE(testing::PrintToString(fact.arguments));
+        const auto result = play(joined({"--fast", "--device", "simulated"}, fact.arguments));
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.out.find("The output") == std::string::npos, *fact.note == 0) << result.out;
+        EXPECT_NE(result.out.find(std::string(fact.note) + "Done.\n"), std::string::npos) << result.out;
+    }
+}
+
 // The second file is shorter than the limit.
 TEST_F(Play, WithDurationPlaysTheStartOfEachFile)
 {
