@@ -79,20 +79,23 @@ void checkCombination(const PlayerOptions& options)
     if (*options.start < options.loop->in || *options.start >= options.loop->out)
         throw WrongUsage(fmt::format(
             "--start {}: this is not in the loop, which goes from {} to {}; give a time in the loop",
-            *options.start, options.loop->in, options.loop->out));
+            formatTimeOption(*options.start), formatTimeOption(options.loop->in),
+            formatTimeOption(options.loop->out)));
 }
 
 void checkAgainstFile(const PlayerOptions& options, const PlaylistFile& file, int channels,
                       int deviceChannels)
 {
     const std::string& path = file.path;
-    const double duration = file.format.duration();
-    if (options.start && *options.start >= duration)
-        throw Failure(fmt::format("--start {}: {} is only {:.3f} s long; give a time before {:.3f} seconds",
-                                  *options.start, path, duration, duration));
-    if (options.loop && options.loop->out > duration)
-        throw Failure(fmt::format("--loop {}:{}: {} is only {:.3f} s long; give a time up to {:.3f} seconds",
-                                  options.loop->in, options.loop->out, path, duration, duration));
+    const double seconds = file.format.duration();
+    const std::string duration = formatTimeOption(seconds);
+    if (options.start && *options.start >= seconds)
+        throw Failure(fmt::format("--start {}: {} is only {} long; give a time before {}",
+                                  formatTimeOption(*options.start), path, duration, duration));
+    if (options.loop && options.loop->out > seconds)
+        throw Failure(fmt::format("--loop {}-{}: {} is only {} long; give a time up to {}",
+                                  formatTimeOption(options.loop->in), formatTimeOption(options.loop->out),
+                                  path, duration, duration));
     if (options.pan && *options.pan != 0 && channels != 2)
         throw Failure(fmt::format("--pan {}: --pan is for two channels and {} plays in {}; leave it out",
                                   *options.pan, path, channels));

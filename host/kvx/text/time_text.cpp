@@ -5,6 +5,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace kvx {
 namespace {
@@ -32,6 +33,17 @@ std::string formatTime(double seconds)
     const std::string rest = fmt::format("{:02}.{}", tenths / 10 % 60, tenths % 10);
     return minutes < 60 ? fmt::format("{}:{}", minutes, rest)
                         : fmt::format("{}:{:02}:{}", minutes / 60, minutes % 60, rest);
+}
+
+std::string formatTimeOption(double seconds)
+{
+    const long long thousandths = std::llround(seconds * 1000), minutes = thousandths / 60000;
+    std::string text =
+        minutes < 60 ? fmt::format("{}", minutes) : fmt::format("{}:{:02}", minutes / 60, minutes % 60);
+    text += fmt::format(":{:02}.{:03}", thousandths / 1000 % 60, thousandths % 1000);
+    text.erase(text.find_last_not_of('0') + 1);
+    if (text.back() == '.') text.pop_back();
+    return text;
 }
 
 std::optional<double> readTime(std::string_view text)

@@ -11,6 +11,9 @@ namespace kvx {
 /// Format a time in seconds as "0:07.3" or "1:02:03.0". The time is rounded down to tenths.
 std::string formatTime(double seconds);
 
+/// Format a time in seconds for an option, rounded to milliseconds: "1:30", "0:06.5" or "1:02:03.004".
+std::string formatTimeOption(double seconds);
+
 /// Read a time: seconds ("90", "1.5"), minutes and seconds ("1:30.5"), or hours, minutes and seconds
 /// ("1:02:03"). After a colon stand two digits, up to 59. Seconds alone may have any form of readReal().
 /// Errors  nullopt for any other text.

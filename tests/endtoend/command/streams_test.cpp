@@ -117,7 +117,7 @@ TEST_F(Streams, ThatCannotBePlayedAreNamedInTheMessage)
         {"$kvx play --info - < /dev/null", "kvx: play: standard input is empty; get the file again\n"},
         {"$kvx render - out.wav <&-", "kvx: render: standard input "},
         {"$kvx render - out.wav --start 1 < in.wav",
-         "kvx: render: --start 1: standard input is only 1.000 s long; give a time before 1.000 seconds\n"},
+         "kvx: render: --start 0:01: standard input is only 0:01 long; give a time before 0:01\n"},
         {"head -c 1000 in.wav | $kvx render - out.wav --quiet",
          "kvx: render: standard input is cut short: it holds "},
         {"ulimit -f 8; $kvx play - < in.wav", "kvx: play: standard input cannot be copied to "},

@@ -154,8 +154,8 @@ TEST(PlayerOptions, RefuseOtherValuesAndNameTheRange)
         {{"--loop", "1:30-2:5"}, "this is no loop"},
         {{"--loop", "1-2-3"}, "this is no loop"},
         {{"--loop", "--2"}, "this is no loop"},
-        {{"--loop", "1:2", "--start", "2"}, "the loop, which goes from 1 to 2"},
-        {{"--loop", "1:2", "--start", "0.9"}, "the loop, which goes from 1 to 2"},
+        {{"--loop", "1:2", "--start", "2"}, "the loop, which goes from 0:01 to 0:02"},
+        {{"--loop", "1:2", "--start", "0.9"}, "the loop, which goes from 0:01 to 0:02"},
         {{"--eq", "1,2,3"}, "31 bands"},
         {{"--eq", "nosuch"}, "the curves are"},
         {{"--channel-map", "1,x"}, "list of channels"},
@@ -201,11 +201,11 @@ TEST(PlayerOptions, AreCheckedAgainstTheFile)
         const char* text;
     } facts[] = {
         {[](auto& o) { o.start = 1; }, 2, 2,
-         "--start 1: a.wav is only 1.000 s long; give a time before 1.000 seconds"},
+         "--start 0:01: a.wav is only 0:01 long; give a time before 0:01"},
         {[](auto& o) {
              o.loop = kvx::Loop{0.5, 1.001};
          },
-         2, 2, "--loop 0.5:1.001: a.wav is only 1.000 s long; give a time up to 1.000 seconds"},
+         2, 2, "--loop 0:00.5-0:01.001: a.wav is only 0:01 long; give a time up to 0:01"},
         {[](auto& o) { o.pan = 1; }, 1, 2, "--pan is for two channels and a.wav plays in 1"},
         {[](auto& o) { o.pan = 1; }, 6, 6, "--pan is for two channels"},
         {[](auto& o) {

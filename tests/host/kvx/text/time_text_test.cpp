@@ -24,6 +24,18 @@ TEST(FormatTime, CutsOffTenths)
     for (const auto& fact : facts) EXPECT_EQ(kvx::formatTime(fact.seconds), fact.text) << fact.why;
 }
 
+TEST(FormatTimeOption, RoundsToMillisecondsWithoutTrailingZeros)
+{
+    const struct {
+        double seconds;
+        const char* text;
+    } facts[] = {
+        {0, "0:00"},       {6.5, "0:06.5"},       {10, "0:10"},      {1.001, "0:01.001"},     {90, "1:30"},
+        {59.9996, "1:00"}, {3599.25, "59:59.25"}, {3600, "1:00:00"}, {36061.5, "10:01:01.5"},
+    };
+    for (const auto& fact : facts) EXPECT_EQ(kvx::formatTimeOption(fact.seconds), fact.text);
+}
+
 TEST(ReadTime, AcceptsSecondsMinutesAndHours)
 {
     const struct {
