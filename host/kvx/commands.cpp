@@ -141,11 +141,11 @@ Command devicesCommand()
 }
 
 const char* const objectHelp =
-    "system; a device by its row in `kvx devices` (N or row:N), its name, a part of its name, or its UID; an object "
-    "by its ID, id:N or stream:N";
+    "system; a device by its row in `kvx devices` (N or row:N), its name, a part of its name, or its UID; simulated, the "
+    "simulated output device; an object by its ID, id:N or stream:N";
 const char* const selectorHelp =
-    "Up to four characters (nsrt), a number (0x6E737274), or the library's name for it "
-    "(kAudioDevicePropertyNominalSampleRate)";
+    "Up to four characters (nsrt), a number (0x6E737274), the library's name for it "
+    "(kAudioDevicePropertyNominalSampleRate), or a word";
 
 /// The options that choose a part of the object; `example` is an example of --element.
 OptionGroup addressOptions(PropertyOptions& options, const char* example)
@@ -167,8 +167,8 @@ Command getCommand()
         {"Arguments", {
             {"OBJECT", "", text(options->object),
              objectHelp, "", "", "kvx get 0", "", "", true},
-            {"SELECTOR", "", text(options->selector),
-             std::string(selectorHelp) + "; without SELECTOR, all properties", "", "", "kvx get 0 nsrt"},
+            {"SELECTOR", "", withWords(text(options->selector), selectorWords()),
+             std::string("Without SELECTOR, all properties. ") + selectorHelp, "", "", "kvx get 0 nsrt"},
             {"VALUE", "", texts(options->value),
              "The value to convert or check, for properties that do so (v2db, sfm?, sscn)",
              "", "", "kvx get 0 v2db 0.5 --element 1"},
@@ -197,12 +197,13 @@ Command setCommand()
         {"Arguments", {
             {"OBJECT", "", text(options->object),
              objectHelp, "", "", "kvx set 0 nsrt 48000", "", "", true},
-            {"SELECTOR", "", text(options->selector),
+            {"SELECTOR", "", withWords(text(options->selector), selectorWords()),
              selectorHelp, "", "", "kvx set 0 nsrt 48000", "", "", true},
             {"VALUE", "", texts(options->value),
              "As `kvx get` prints it: 0.5, yes, 'spkr', rate=48000,channels=2; devices by name, ID or row:N",
              "", "", "kvx set 0 nsrt 48000", "", "", true},
         }},
+        {"Output", {jsonOption(options->isJson)}},
         {"Input", {
             {"--hex", "", flag(options->isHex),
              "VALUE is hexadecimal bytes", "", "", "kvx set --hex 0 volm 0000003f --element 1"},

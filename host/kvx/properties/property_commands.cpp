@@ -10,6 +10,7 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <unistd.h>
 
 namespace kvx {
@@ -24,6 +25,15 @@ struct Subject {
 };
 
 // ---- arguments ----
+
+// Words for the selectors of the properties that users read and write most.
+constexpr struct {
+    const char* word;
+    Code selector;
+} selectors[] = {{"rate", 'nsrt'}, {"volume", 'volm'}, {"mute", 'mute'},
+                 {"name", 'name'}, {"buffer", 'fsiz'}, {"latency", 'ltnc'}};
+
+constexpr const char* simulatedOutput = "simulated"; // the device that --device calls so
 
 Code readScope(const std::string& text)
 {
@@ -49,6 +59,8 @@ std::uint32_t readElement(const std::string& text)
 
 Code readSelector(const CoreAudio& core, const std::string& text)
 {
+    for (const auto& each : selectors)
+        if (text == each.word) return each.selector;
     if (const std::optional<Code> code = readCodeOrNumber(text)) return *code;
     if (const std::optional<Code> named = core.selectorNamed(text)) return *named;
     throw WrongUsage(
@@ -87,15 +99,21 @@ std::string nameOf(const CoreAudio& core, ObjectID id)
     return fmt::format("{} {}", kind == streamClass ? "stream" : "object", id);
 }
 
-/// Find the device that the user names by row number, name, part of a name or UID. A number without a row is
-/// the ID of an object.
+/// Find the device that the user names by row number, name, part of a name or UID; "simulated" is the
+/// simulated output device. A number without a row is the ID of an object.
 ObjectID findDeviceOrID(const std::string& text)
 {
     if (const std::optional<std::uint32_t> number = readNumber(text)) {
         const std::vector<KVXDeviceInfo> rows = listDevices();
         return *number < rows.size() ? rows[*number].device : *number;
     }
-    const std::vector<KVXDeviceInfo> found = findDevices(text);
+    std::vector<KVXDeviceInfo> found = findDevices(text);
+    if (text == simulatedOutput)
+        found.erase(std::remove_if(found.begin(), found.end(),
+                                   [](const KVXDeviceInfo& device) {
+                                       return !device.isSimulated || device.outputChannels == 0;
+                                   }),
+                    found.end());
     if (found.size() == 1) return found[0].device;
     if (found.empty())
         throw Failure(
@@ -156,7 +174,8 @@ constexpr struct {
     Status status;
     const char* nextStep;
 } nextSteps[] = {
-    {'who?', "`kvx get OBJECT` lists the properties of an object"},
+    {'who?',
+     "`kvx get OBJECT` lists the properties of an object, with `--element 1` those of its first channel"},
     {'unop', "choose a property that can be written"},
     {'nope', "choose another value"},
     {'!dat', "`kvx get DEVICE nsr#` lists the rates of a device, `kvx get DEVICE sfm#` its formats"},
@@ -352,16 +371,19 @@ void getAll(const CoreAudio& core, const PropertyOptions& options)
     printJson(list);
 }
 
+void printValue(const CoreAudio& core, const Subject& subject, const Value& value, bool isJson)
+{
+    if (isJson)
+        printJson(propertyJson({subject, nameOfSelector(core, subject.address.selector), value}));
+    else
+        printLines(value.text());
+}
+
 void getOne(const CoreAudio& core, const PropertyOptions& options)
 {
     const Subject subject = subjectOf(core, options);
-    withObject(core, subject.address.object, [&] {
-        const Value value = readProperty(core, subject, options);
-        if (options.isJson)
-            printJson(propertyJson({subject, nameOfSelector(core, subject.address.selector), value}));
-        else
-            printLines(value.text());
-    });
+    withObject(core, subject.address.object,
+               [&] { printValue(core, subject, readProperty(core, subject, options), options.isJson); });
 }
 
 // ---- set ----
@@ -376,7 +398,8 @@ bool isInForce(const Subject& subject, const std::string& written, const std::st
 
 /// Read back a property that was written, and print its value. If the property is write-only, print nothing.
 /// Errors  throws Failure if the value is not the written value.
-void checkReadBack(const CoreAudio& core, const Subject& subject, const std::string& written, bool isHex)
+void checkReadBack(const CoreAudio& core, const Subject& subject, const std::string& written,
+                   const PropertyOptions& options)
 {
     // A device may apply a write after a delay, so read the property again for up to half a second.
     Answer answer = core.read(subject.address);
@@ -385,13 +408,13 @@ void checkReadBack(const CoreAudio& core, const Subject& subject, const std::str
         answer = core.read(subject.address);
     }
     if (!answer.isGood()) return;
-    const std::string now = valueOfType(subject, answer.value, isHex).text();
-    printLines(now);
+    const Value now = valueOfType(subject, answer.value, options.isHex);
+    printValue(core, subject, now, options.isJson);
     if (isInForce(subject, written, answer.value)) return;
     throw Failure(
         fmt::format("{}, {}: {} was written and {} is read back; give a value that the device takes",
                     nameOf(core, subject.address.object), formatCode(subject.address.selector),
-                    onOneLine(valueOfType(subject, written, isHex).text()), onOneLine(now)));
+                    onOneLine(valueOfType(subject, written, options.isHex).text()), onOneLine(now.text())));
 }
 
 void writeProperty(const CoreAudio& core, const Subject& subject, const PropertyOptions& options)
@@ -411,13 +434,21 @@ void writeProperty(const CoreAudio& core, const Subject& subject, const Property
     if (const Status status = core.write(subject.address, bytes); status != 0)
         failWith(status, core, subject);
     if (!subject.type || subject.type->question == Question::none)
-        checkReadBack(core, subject, bytes, options.isHex);
+        checkReadBack(core, subject, bytes, options);
 }
 
 } // namespace
 
+std::vector<std::string> selectorWords()
+{
+    std::vector<std::string> words;
+    for (const auto& each : selectors) words.emplace_back(each.word);
+    return words;
+}
+
 int runGet(const PropertyOptions& options)
 {
+    if (options.object == simulatedOutput) useSimulatedDevicesOnly();
     Library library(options.library);
     {
         checkHardware();
@@ -429,6 +460,7 @@ int runGet(const PropertyOptions& options)
 
 int runSet(const PropertyOptions& options)
 {
+    if (options.object == simulatedOutput) useSimulatedDevicesOnly();
     Library library(options.library);
     {
         checkHardware();

@@ -12,15 +12,18 @@ namespace kvx {
 
 /// The arguments and options of both commands.
 struct PropertyOptions {
-    std::string object;             ///< "system", a device, "id:N" or "stream:N"
+    std::string object;             ///< "system", a device, "simulated", "id:N" or "stream:N"
     std::string selector;           ///< selector of the property; empty: `kvx get` prints all properties
     std::vector<std::string> value; ///< the value, as the words of the command line
     std::string scope = "global";
     std::string element = "0";
-    bool isJson = false; ///< true: `kvx get` prints JSON
+    bool isJson = false; ///< true: print JSON
     bool isHex = false;  ///< true: `value` and the output are hexadecimal bytes
     LibraryOptions library;
 };
+
+/// The words that stand for selectors, such as "rate".
+std::vector<std::string> selectorWords();
 
 /// Run `kvx get`: print one property or all properties of an object.
 /// Returns  the exit code.

@@ -223,10 +223,13 @@ std::string parseInteger(const std::string& text, const FindObject&)
 {
     return bytesOrRefusal(readDecimal<std::int32_t>(text), text, "a whole number such as -1");
 }
-template <class T>
-std::string parseFloating(const std::string& text, const FindObject&)
+std::string parseSingle(const std::string& text, const FindObject&)
 {
-    return bytesOrRefusal(readDecimal<T>(text), text, "a number such as 0.5");
+    return bytesOrRefusal(readDecimal<float>(text), text, "a number such as 0.5");
+}
+std::string parseReal(const std::string& text, const FindObject&)
+{
+    return bytesOrRefusal(readDecimal<double>(text), text, "a number such as 48000");
 }
 
 std::string parseCode(const std::string& text, const FindObject&)
@@ -288,8 +291,8 @@ constexpr FormFact forms[] = {
     {Form::integer,      4,                    formatNumber<std::int32_t>,                   parseInteger},
     {Form::code,         4,                    formatItem<formatCode, Code>,                 parseCode},
     {Form::object,       4,                    formatNumber<ObjectID>,                       parseObject},
-    {Form::single,       4,                    formatNumber<float>,                          parseFloating<float>},
-    {Form::real,         8,                    formatNumber<double>,                         parseFloating<double>},
+    {Form::single,       4,                    formatNumber<float>,                          parseSingle},
+    {Form::real,         8,                    formatNumber<double>,                         parseReal},
     {Form::range,        sizeof(ValueRange),   formatItem<formatRange, ValueRange>,          parseRange},
     {Form::format,       sizeof(StreamFormat), formatItem<formatStreamFormat, StreamFormat>, parseFormat},
     {Form::rangedFormat, sizeof(RangedFormat), formatRangedFormat,                           nullptr},

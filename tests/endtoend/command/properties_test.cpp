@@ -59,15 +59,31 @@ TEST(KvxGet, PrintsValuesByTheirType)
 
 TEST(KvxGet, AcceptsObjectsSelectorsAndScopesInManyForms)
 {
-    for (const char* object : {"0", "Simulated Device", "simulated device", "lated DEV",
-                               "kvx:simulated:0:Simulated Device", "id:2", "id:0x2", "2", "0x0", "row:0"})
+    for (const char* object :
+         {"0", "Simulated Device", "simulated device", "lated DEV", "kvx:simulated:0:Simulated Device",
+          "simulated", "id:2", "id:0x2", "2", "0x0", "row:0"})
         EXPECT_EQ(runKvx({"get", object, "name"}).out, "Simulated Device\n") << object;
     for (const char* selector :
-         {"nsrt", "'nsrt'", "0x6E737274", "1853059700", "kAudioDevicePropertyNominalSampleRate",
+         {"nsrt", "rate", "'nsrt'", "0x6E737274", "1853059700", "kAudioDevicePropertyNominalSampleRate",
           "kaudiodevicepropertynominalsamplerate"})
         EXPECT_EQ(runKvx({"get", "0", selector}).out, "44100\n") << selector;
     for (const char* scope : {"output", "outp", "0x6F757470"})
         EXPECT_EQ(runKvx({"get", "0", "volm", "--scope", scope, "--element", "0x1"}).out, "1\n") << scope;
+}
+
+TEST(KvxGet, AcceptsWordsForSelectors)
+{
+    const struct {
+        const char *word, *selector;
+    } facts[] = {{"rate", "nsrt"}, {"volume", "volm"}, {"mute", "mute"},
+                 {"name", "name"}, {"buffer", "fsiz"}, {"latency", "ltnc"}};
+    for (const auto& fact : facts) {
+        const Arguments channel = {"--element", std::string(fact.word) == "volume" ? "1" : "0"};
+        const auto result = runKvx(joined({"get", "simulated", fact.word, "--json"}, channel));
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(nlohmann::json::parse(result.out)["selector"], fact.selector);
+        EXPECT_EQ(result.out, runKvx(joined({"get", "0", fact.selector, "--json"}, channel)).out);
+    }
 }
 
 TEST(KvxGet, PassesAValueToTheProperty)
@@ -172,6 +188,19 @@ TEST(KvxSet, WritesAndPrintsTheNewValue)
                          });
 }
 
+TEST(KvxSet, PrintsTheNewValueAsJson)
+{
+    const auto result = runKvx({"set", "--json", "simulated", "rate", "48000"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(nlohmann::json::parse(result.out),
+              nlohmann::json({{"object", 2},
+                              {"selector", "nsrt"},
+                              {"scope", "glob"},
+                              {"element", 0},
+                              {"value", 48000.0},
+                              {"name", "kAudioDevicePropertyNominalSampleRate"}}));
+}
+
 TEST(KvxSet, FailsWhenTheDeviceTakesAnotherValue)
 {
     const auto result = runKvx({"set", "0", "volm", "2", "--element", "1"});
@@ -216,6 +245,7 @@ TEST(KvxProperties, PrintStatusesInWords)
              "kvx: get: Simulated Device, 'abcd': 'who?' (2003332927): the object has no such property"},
             {{"get", "0", "0"}, "'who?'"},
             {{"get", "0", "volm"}, "'who?' (2003332927)"},
+            {{"get", "0", "volume"}, "an object, with `--element 1` those of its first channel"},
             {{"get", "0", "volm", "--element", "3"}, "'who?'"},
             {{"get", "0", "nsrt", "--scope", "none"}, "'who?'"},
             {{"get", "0", "lchn"}, "'who?'"},
@@ -265,10 +295,11 @@ TEST(KvxProperties, RefuseWrongUsageWithAdvice)
             {{"get", "0", "v2db"}, "give a VALUE"},
             {{"get", "0", "lnam", "--hex"}, "leave out --hex"},
             {{"get", "0", "sscn", "--hex", "00"}, "four bytes"},
-            {{"set", "0", "nsrt", "fast"}, "\"fast\" is not a value for this; write a number such as 0.5"},
-            {{"set", "0", "nsrt", "nan"}, "\"nan\" is not a value for this; write a number such as 0.5"},
+            {{"set", "0", "nsrt", "fast"}, "\"fast\" is not a value for this; write a number such as 48000"},
+            {{"set", "0", "nsrt", "nan"}, "\"nan\" is not a value for this; write a number such as 48000"},
             {{"set", "0", "nsrt", "inf"}, "\"inf\" is not a value for this"},
-            {{"set", "0", "volm", "NaN", "--element", "1"}, "\"NaN\" is not a value for this"},
+            {{"set", "0", "volm", "NaN", "--element", "1"},
+             "\"NaN\" is not a value for this; write a number such as 0.5"},
             {{"set", "0", "sfmt", "rate=nan"}, "\"rate=nan\" is not a value for this"},
             {{"get", "0", "v2db", "infinity", "--element", "1"}, "\"infinity\" is not a value for this"},
             {{"set", "0", "fsiz", "-1"}, "whole number"},

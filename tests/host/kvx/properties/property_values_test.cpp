@@ -269,7 +269,7 @@ TEST(PropertyText, RefusesInvalidTextsWithAnExample)
         {Form::single, "half", "such as 0.5"},
         {Form::single, "0.5x", "such as 0.5"},
         {Form::single, "", "such as 0.5"},
-        {Form::real, "1,5", "such as 0.5"},
+        {Form::real, "1,5", "such as 48000"},
         {Form::range, "1", "8000..96000"},
         {Form::range, "1..", "8000..96000"},
         {Form::range, "..2", "8000..96000"},
