@@ -313,7 +313,7 @@ Command helpCommand()
         const auto found = std::find_if(commands.begin(), commands.end(),
                                         [&](const Command& each) { return each.name == options->name; });
         if (!options->name.empty() && found == commands.end())
-            throw WrongUsage(noCommand(options->name, commands) + "; `kvx help` lists the commands");
+            throw WrongUsage(noCommand({options->name}, commands) + "; `kvx help` lists the commands");
         printHelp(found == commands.end() ? program() : *found);
         return 0;
     };

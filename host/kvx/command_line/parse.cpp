@@ -85,18 +85,28 @@ std::string describeExtra(const std::vector<std::string>& extras, const Command&
                                suggestion(word.substr(0, word.find('=')), optionNames(command)));
     const std::string& word = extras.front();
     if (!command.name.empty()) return fmt::format("{} is one argument too many", word);
-    return noCommand(word, commands);
+    return noCommand(extras, commands);
 }
 
 } // namespace
 
-std::string noCommand(const std::string& word, const std::vector<Command>& commands)
+std::string noCommand(const std::vector<std::string>& words, const std::vector<Command>& commands)
 {
+    const std::string& word = words.front();
     std::error_code ignored;
     if (std::filesystem::exists(word, ignored))
         return fmt::format("there is no command {} (to play it: `kvx play {}`)", word, quotedForShell(word));
+    std::string arguments;
+    for (const std::string& each : words)
+        arguments += (arguments.empty() ? "--" : " ") + quotedForShell(each);
     std::vector<std::string> names;
-    for (const Command& each : commands) names.push_back(each.name);
+    for (const Command& each : commands) {
+        names.push_back(each.name);
+        const std::vector<std::string> options = optionNames(each);
+        if (std::find(options.begin(), options.end(), "--" + word) != options.end())
+            return fmt::format("there is no command {} (did you mean `kvx {} {}`?)", word, each.name,
+                               arguments);
+    }
     return fmt::format("there is no command {}{}", word, suggestion(word, names));
 }
 

@@ -18,9 +18,9 @@ struct Choice {
     bool isHelpWanted;      ///< the user has given --help; no other option has been read
 };
 
-/// Describe that there is no command `word`, with the command that the user may have meant. If `word` is the
-/// path of a file, that is `kvx play`.
-std::string noCommand(const std::string& word, const std::vector<Command>& commands);
+/// Describe that the first of `words` is no command, with the command that the user may have meant: `kvx
+/// play` if that word is the path of a file, or the first command with an option of that name.
+std::string noCommand(const std::vector<std::string>& words, const std::vector<Command>& commands);
 
 /// Find the command that the user has named, read its options and those of `program`, and check them.
 /// A command is required unless an option of `program` is given. Before a failure, the name of the

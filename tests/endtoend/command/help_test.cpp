@@ -67,6 +67,9 @@ TEST_F(KvxHelp, NamesTheNearestWord)
          "arguments\n"},
         {{"plya", "a.wav"},
          "kvx: there is no command plya (did you mean play?); --help lists the arguments\n"},
+        {{"info", "my song.wav"},
+         "kvx: there is no command info (did you mean `kvx play --info 'my song.wav'`?); --help lists the "
+         "arguments\n"},
         {{"play", "--bufered", "a.wav"},
          "kvx: play: there is no option --bufered (did you mean --buffered?); --help lists the arguments\n"},
         {{"--versoin"},
