@@ -43,7 +43,9 @@ OptionGroup generalGroup(const std::string& start)
             {{"-h,--help", "", help, "Print this help", "", "", start + "--help"},
              {"--verbose", "", flag(general.isVerbose),
               "At the end, print what a report of a problem needs: versions, library, device, formats", "",
-              "", "--verbose"}}};
+              "", "--verbose"},
+             {versionOption, "", flag(general.isVersionWanted), "Print the version and the revision", "", "",
+              "--version"}}};
 }
 
 /// Replace a leading ~ by the user's home folder, as a shell does.
@@ -347,8 +349,6 @@ Command program()
         "audio devices and their properties",
         "COMMAND", "kvx {}"};
     program.groups = {generalGroup("kvx ")};
-    program.groups[0].options.push_back({"--version", "", flag(general.isVersionWanted),
-                                         "Print the version and the revision", "", "", "--version"});
     program.notes = {
         "`kvx help COMMAND` explains a command.",
         "Exit codes: 0 success, 1 failure or a file played in part, 2 wrong usage, 128 + n ended by "

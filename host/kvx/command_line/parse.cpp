@@ -142,6 +142,10 @@ Choice parse(const Command& program, const std::vector<Command>& commands, int a
             if (option.target.kind == Kind::flag && each->get_option_no_throw(option.longName()))
                 readOption(*each, option);
     });
+    for (const CLI::App* each : {static_cast<const CLI::App*>(&app), &chosenApp})
+        if (const CLI::Option* version = each->get_option_no_throw(versionOption);
+            version && version->count() > 0)
+            return {&command, false};
     extras.erase(std::remove(extras.begin(), extras.end(), "--"), extras.end()); // ends the options
     try {
         if (!extras.empty()) throw WrongUsage(describeExtra(extras, command, commands));

@@ -10,7 +10,8 @@
 
 namespace kvx {
 
-constexpr const char* helpOption = "--help"; ///< the option that parse() itself obeys
+constexpr const char* helpOption = "--help";       ///< the option that parse() itself obeys
+constexpr const char* versionOption = "--version"; ///< the option with which parse() checks no other argument
 
 /// What the user has chosen.
 struct Choice {

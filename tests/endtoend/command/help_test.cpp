@@ -250,6 +250,17 @@ TEST_F(KvxHelp, VersionNamesTheRevision)
     EXPECT_EQ(parts[3].matched, head.exitCode == 0) << "without git, the version stands alone";
 }
 
+TEST_F(KvxHelp, VersionNeedsNoOtherArgument)
+{
+    const auto version = run({"--version"});
+    for (const Arguments& arguments : {Arguments{"--version", "play"}, {"play", "--version"}}) {
+        const auto result = run(arguments);
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_EQ(result.err, "");
+        EXPECT_EQ(result.out, version.out);
+    }
+}
+
 TEST_F(KvxHelp, VerbosePrintsWhatAReportNeeds)
 {
     runKvx({"tune", "--quiet", folder / "my song.wav"});

@@ -14,7 +14,7 @@ struct Values {
     std::vector<std::string> more;
     double gain = 0, seconds = 0;
     std::optional<double> rate;
-    bool isLoud = false, isQuiet = false, isVerbose = false;
+    bool isLoud = false, isQuiet = false, isVerbose = false, isVersionWanted = false;
     int checks = 0;
 };
 
@@ -26,7 +26,9 @@ struct Program {
 
     Program()
     {
-        const OptionGroup help = {"General", {{"-h,--help", "", {Target::Kind::flag, {}}, "", "", "", ""}}};
+        const OptionGroup help = {"General",
+                                  {{"-h,--help", "", {Target::Kind::flag, {}}, "", "", "", ""},
+                                   {"--version", "", flag(values.isVersionWanted), "", "", "", ""}}};
         program.groups = {help, {"", {{"--verbose", "", flag(values.isVerbose), "", "", "", ""}}}};
         commands[0].groups = {
             help,
@@ -53,6 +55,17 @@ struct Program {
         return kvx::parse(program, commands, int(arguments.size()), arguments.data());
     }
 };
+
+TEST(Parse, VersionNeedsNoOtherArgument)
+{
+    for (const std::vector<const char*>& words :
+         {std::vector<const char*>{"--version"}, {"--version", "sing"}, {"sing", "--version"}}) {
+        Program p;
+        EXPECT_EQ(p.parse(words).command, words.size() == 1 ? &p.program : &p.commands[0]);
+        EXPECT_TRUE(p.values.isVersionWanted);
+        EXPECT_EQ(p.values.checks, 0);
+    }
+}
 
 TEST(Parse, StoresEveryKindOfValue)
 {
