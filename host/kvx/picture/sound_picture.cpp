@@ -90,7 +90,7 @@ std::string nameOfChannel(std::size_t channel, std::size_t channels)
 {
     if (channels == 1) return "";
     if (channels == 2) return channel == 0 ? "left" : "right";
-    return std::to_string(channel + 1);
+    return std::to_string(channel); // counted as --channel-map counts
 }
 
 int xOf(double seconds, const Ticks& ticks, const Area& plot)

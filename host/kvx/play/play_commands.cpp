@@ -154,7 +154,7 @@ OptionGroup playerOptions(PlayerOptions& options, const char* loopExample)
          "or gains of -20 to 20 dB", "flat", "--eq bass"},
         {"--channel-map", "LIST", reading(readMap),
          "Channel of the file for each channel of the device: 1,0 swaps left and right, 2,3 plays the next two; "
-         "channels count from 0, -1 is silence",
+         "channels count from 0, as in `kvx picture`; -1 is silence",
          "", "0,1,...", "--channel-map 1,0"},
         {"--start", "TIME", time(options.start, 0, 1e9),
          "Start position in the file",

@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <string>
 
 namespace {
 
@@ -112,6 +114,25 @@ TEST(SoundPicture, DrawsEachChannelInItsLane)
         {row(0.5), row(-0.5) + 1}, {0, row(0) + 1}, {0, last + 1}, {row(0), row(0) + 1}};
     for (std::size_t i = 0; i < 4; ++i)
         EXPECT_EQ(waveRows(picture, layout.lanes[i], layout.lanes[i].x + 100), expected[i]) << i;
+}
+
+TEST(SoundPicture, CountsChannelsFromZero)
+{
+    constexpr kvx::Colour white = {255, 255, 255}, labelColour = {84, 92, 104};
+    const std::vector<WaveColumn> channels(3);
+    const Picture picture = kvx::drawSound(makeAnalysis(channels, -60), "a.wav", size);
+    for (std::size_t channel = 0; channel < channels.size(); ++channel) {
+        const Area lane = kvx::layOutPicture(size, 3).lanes[channel];
+        Picture expected(size.width, size.height, white);
+        kvx::drawText(expected, lane.right() + 8, lane.y + lane.height / 2, std::to_string(channel), 14,
+                      labelColour);
+        for (int y = lane.y; y < lane.bottom(); ++y) {
+            const auto from = (y * size.width + lane.right()) * 3, to = (y + 1) * size.width * 3;
+            ASSERT_TRUE(
+                std::equal(picture.rgb.begin() + from, picture.rgb.begin() + to, expected.rgb.begin() + from))
+                << channel << " " << y;
+        }
+    }
 }
 
 TEST(SoundPicture, ConnectsEachColumnOfTheWaveWithTheColumnBefore)
