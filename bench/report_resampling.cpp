@@ -132,7 +132,7 @@ Goals resamplingGoals(const Figures& figures)
 std::string resamplingChapter(const Figures& figures)
 {
     std::string text = "\n## Resampling\n\n"
-                       "A tone in a file of 32-bit floats, converted by `kvx render --device-rate` and by "
+                       "A tone in a file of 32-bit floats, converted by `kvx render` and by "
                        "`sox … rate`. The level "
                        "and the residue, which is the sound without the tone, are relative to the tone "
                        "before the conversion. A "
