@@ -3,17 +3,10 @@
 #include "host/kvx/text/number_text.h"
 #include "host/kvx/text/time_text.h"
 
-#include <fmt/core.h>
+#include <fmt/format.h>
 
 namespace kvx {
 namespace {
-
-std::string joined(const std::vector<std::string>& words, const char* separator)
-{
-    std::string text;
-    for (const std::string& word : words) text += (text.empty() ? "" : separator) + word;
-    return text;
-}
 
 /// A target for `assign`, a function that stores a number from `low` to `high`.
 Target numberTarget(double low, double high, std::function<void(double)> assign)
@@ -39,7 +32,7 @@ std::string exampleOf(const Command& command, const Option& option)
 
 std::string formatValues(const Option& option)
 {
-    std::string text = joined(option.target.choices, ", ");
+    std::string text = fmt::format("{}", fmt::join(option.target.choices, ", "));
     for (const std::string& word : {option.target.range, option.units})
         if (!word.empty()) text += (text.empty() ? "" : " ") + word;
     if (!option.initial.empty()) text += (text.empty() ? "default " : "; default ") + option.initial;
@@ -120,7 +113,7 @@ void checkChoice(const std::string& option, const std::string& text, const std::
 {
     for (const std::string& each : choices)
         if (text == each) return;
-    throw WrongUsage(fmt::format("{}: {} is not one of {}", option, text, joined(choices, ", ")));
+    throw WrongUsage(fmt::format("{}: {} is not one of {}", option, text, fmt::join(choices, ", ")));
 }
 
 } // namespace kvx

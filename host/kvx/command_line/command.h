@@ -71,6 +71,14 @@ struct Command {
     std::function<int()> run = {};
 };
 
+/// Call `use` for each argument and option of a command, in the order of its groups.
+template <class Use>
+void forEachOption(const Command& command, Use use)
+{
+    for (const OptionGroup& group : command.groups)
+        for (const Option& option : group.options) use(option);
+}
+
 /// The command line of an option's example: "kvx play --rate 1.5 song.wav"; "" without an example.
 std::string exampleOf(const Command& command, const Option& option);
 

@@ -1,6 +1,6 @@
 #include "host/kvx/command_line/completions.h"
 
-#include <fmt/core.h>
+#include <fmt/format.h>
 
 #include <algorithm>
 
@@ -8,13 +8,6 @@ namespace kvx {
 namespace {
 
 using Kind = Target::Kind;
-
-template <class Use>
-void forEachOption(const Command& command, Use use)
-{
-    for (const OptionGroup& group : command.groups)
-        for (const Option& option : group.options) use(option);
-}
 
 /// The names of an option, such as "-r" and "--recursive".
 std::vector<std::string> namesOf(const Option& option)
@@ -41,13 +34,6 @@ bool takesFiles(const Command& command)
     return isFound;
 }
 
-std::string joined(const std::vector<std::string>& words)
-{
-    std::string text;
-    for (const std::string& word : words) text += (text.empty() ? "" : " ") + word;
-    return text;
-}
-
 std::string optionWords(const Command& command)
 {
     std::vector<std::string> words;
@@ -55,7 +41,7 @@ std::string optionWords(const Command& command)
         if (option.isArgument()) return;
         for (const std::string& name : namesOf(option)) words.push_back(name);
     });
-    return joined(words);
+    return fmt::format("{}", fmt::join(words, " "));
 }
 
 /// The words that an argument of a command may be: the names of commands for `kvx help`.
@@ -63,7 +49,7 @@ std::string argumentWords(const Command& command)
 {
     std::string words;
     forEachOption(command, [&](const Option& option) {
-        if (option.isArgument()) words += joined(option.target.choices);
+        if (option.isArgument()) words += fmt::format("{}", fmt::join(option.target.choices, " "));
     });
     return words;
 }
@@ -81,7 +67,7 @@ std::string commandNames(const std::vector<Command>& commands)
 {
     std::vector<std::string> names;
     for (const Command& command : commands) names.push_back(command.name);
-    return joined(names);
+    return fmt::format("{}", fmt::join(names, " "));
 }
 
 // ---- bash ----
@@ -97,7 +83,8 @@ std::string bashCommand(const Command& command)
         if (isFile(option))
             values += fmt::format("        {}) _kvx_files; return;;\n", names);
         else if (!option.target.choices.empty())
-            values += fmt::format("        {}) words='{}'; return;;\n", names, joined(option.target.choices));
+            values += fmt::format("        {}) words='{}'; return;;\n", names,
+                                  fmt::join(option.target.choices, " "));
         else
             withoutWords += (withoutWords.empty() ? "" : "|") + names;
     });
@@ -157,7 +144,7 @@ namespace {
 std::string zshAction(const Option& option)
 {
     if (isFile(option)) return "_files";
-    return option.target.choices.empty() ? " " : fmt::format("({})", joined(option.target.choices));
+    return option.target.choices.empty() ? " " : fmt::format("({})", fmt::join(option.target.choices, " "));
 }
 
 /// The words that declare an option or an argument to the function `_arguments`.
@@ -228,7 +215,8 @@ std::string fishOption(const std::string& condition, const Option& option)
         line += name.rfind("--", 0) == 0 ? " -l " + name.substr(2) : " -s " + name.substr(1);
     if (hasValue(option) && option.target.kind != Kind::optionalValue)
         line += isFile(option) ? " -r -F" : " -x";
-    if (!option.target.choices.empty()) line += fmt::format(" -a '{}'", joined(option.target.choices));
+    if (!option.target.choices.empty())
+        line += fmt::format(" -a '{}'", fmt::join(option.target.choices, " "));
     return fmt::format("{} -d '{}'\n", line, shortText(option.help));
 }
 

@@ -16,13 +16,6 @@ namespace {
 
 using Kind = Target::Kind;
 
-template <class Use>
-void forEachOption(const Command& command, Use use)
-{
-    for (const OptionGroup& group : command.groups)
-        for (const Option& option : group.options) use(option);
-}
-
 void addOption(CLI::App& app, const Option& option)
 {
     if (option.target.kind == Kind::flag) {

@@ -32,12 +32,6 @@ std::vector<kvx::Command> commandsAndProgram()
     return commands;
 }
 
-void forEachOption(const kvx::Command& command, const std::function<void(const kvx::Option&)>& use)
-{
-    for (const kvx::OptionGroup& group : command.groups)
-        for (const kvx::Option& option : group.options) use(option);
-}
-
 // ---- help ----
 
 TEST_F(KvxHelp, IsTheSameWithHelpCommandAndOption)
